@@ -1,0 +1,98 @@
+#include <cmath>
+#include <limits>
+
+#include <doctest/doctest.h>
+
+#include "frame/evaluation.h"
+#include "tests/support/call.h"
+
+using namespace curvebank;
+using test::is_missing;
+
+TEST_SUITE("contract")
+{
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    const double nan = std::nan("");
+
+    TEST_CASE("the constants have the bits that hosts compare with")
+    {
+        const double missing = MISSING_VALUE;
+        uint64_t bits = 0;
+        std::memcpy(&bits, &missing, sizeof bits);
+        CHECK(bits == 0x81aa74fe1c132c0e);
+        CHECK(static_cast<uint32_t>(int32_t{QUERY_REPLY}) == 0xfff421cf);
+    }
+
+    TEST_CASE("guarded_exp cuts below -300 and leaves overflow to the standard library")
+    {
+        CHECK(guarded_exp(-300) == std::exp(-300.0));
+        CHECK(guarded_exp(-300.000001) == 0);
+        CHECK(std::isnan(guarded_exp(nan)));
+        errno = 0;
+        CHECK(guarded_exp(-1e300) == 0);
+        CHECK(errno == 0);
+        CHECK(guarded_exp(710) == infinity);
+        CHECK(errno == 34);
+        errno = 0;
+    }
+
+    TEST_CASE("guarded_pow answers a zero base itself and reports every error of pow in errno")
+    {
+        errno = 0;
+        CHECK(guarded_pow(0, 2) == 0);
+        CHECK(guarded_pow(-0.0, 3) == 0);
+        CHECK(!std::signbit(guarded_pow(-0.0, 3)));
+        CHECK(guarded_pow(0, 0) == 1);
+        CHECK(errno == 0);
+        CHECK(std::isnan(guarded_pow(-8, 1.0 / 3)));
+        CHECK(errno == 33);
+        errno = 0;
+        CHECK(guarded_pow(10, 400) == infinity);
+        CHECK(errno == 34);
+        errno = 0;
+    }
+
+    TEST_CASE("a square through guarded_pow is a call, not a product: its range error arrives")
+    {
+        errno = 0;
+        CHECK(guarded_pow(1e300, 2) == infinity);
+        CHECK(errno == 34);
+        errno = 0;
+    }
+
+    TEST_CASE("bounded_exp saturates beyond 300 without an error")
+    {
+        errno = 0;
+        CHECK(bounded_exp(300) == std::exp(300.0));
+        CHECK(is_missing(bounded_exp(300.5)));
+        CHECK(is_missing(bounded_exp(infinity)));
+        CHECK(bounded_exp(-301) == 0);
+        CHECK(std::isnan(bounded_exp(nan)));
+        CHECK(errno == 0);
+    }
+
+    TEST_CASE("missing_if_not_finite replaces infinities and NaN only")
+    {
+        missing_if_not_finite(nullptr);
+        for (double value : {infinity, -infinity, nan}) {
+            missing_if_not_finite(&value);
+            CHECK(is_missing(value));
+        }
+        double finite = -1e308;
+        missing_if_not_finite(&finite);
+        CHECK(finite == -1e308);
+    }
+
+    TEST_CASE("the error variable is errno unless the call brings its own")
+    {
+        int32_t own = 34;
+        errno = 33;
+        const ErrorVariable runtime(EVAL_VALUE, &own), callers(EVAL_VALUE | EVAL_USE_ERRPTR, &own);
+        callers.clear();
+        CHECK((own == 0 && errno == 33));
+        CHECK((runtime.raised() && !callers.raised()));
+        runtime.clear();
+        own = 11;  // any other code does not count
+        CHECK((errno == 0 && !callers.raised()));
+    }
+}
