@@ -24,14 +24,25 @@ class ErrorVariable {
 public:
     ErrorVariable(int16_t flags, int32_t *perr) : code_(flags & EVAL_USE_ERRPTR ? perr : &errno) {}
 
+    /// errno, for the models that look there whatever the flags say.
+    static ErrorVariable runtime() { return ErrorVariable(0, nullptr); }
+
     /// The error test. Codes other than the range and the domain error do not count.
-    bool raised() const { return *code_ == ERANGE || *code_ == EDOM; }
+    bool raised() const { return range_error() || domain_error(); }
+    bool range_error() const { return *code_ == ERANGE; }
+    bool domain_error() const { return *code_ == EDOM; }
 
     void clear() const { *code_ = 0; }
 
 private:
     int32_t *code_;
 };
+
+/// Marks dy[first..last] as not computed.
+inline void mark_missing(double *dy, int first, int last)
+{
+    for (int i = first; i <= last; ++i) dy[i] = MISSING_VALUE;
+}
 
 /// Leaves a call whose value cannot be computed, the error variable untouched.
 inline int32_t missing_value(double *y)
@@ -40,24 +51,37 @@ inline int32_t missing_value(double *y)
     return 1;
 }
 
-/// Leaves a call whose value cannot be computed; the cleared error variable lets the next call start clean.
+/// The missing-value exit of most models: the cleared error variable lets the next call start clean.
 inline int32_t missing_value(const ErrorVariable &error, double *y)
 {
     error.clear();
     return missing_value(y);
 }
 
-/// Marks dy[first..last] as not computed.
-inline void mark_missing(double *dy, int first, int last)
+/// The same two exits for a derivative step that marks dy[first..last] as well.
+inline int32_t missing_values(double *y, double *dy, int first, int last)
 {
-    for (int i = first; i <= last; ++i) dy[i] = MISSING_VALUE;
+    mark_missing(dy, first, last);
+    return missing_value(y);
 }
 
-/// Answers a query with a mask, which goes into the first four bytes of dy[0].
-inline int32_t reply_with_mask(double *dy, int32_t mask)
+inline int32_t missing_values(const ErrorVariable &error, double *y, double *dy, int first, int last)
 {
-    std::memcpy(dy, &mask, sizeof mask);
-    return QUERY_MASK;
+    error.clear();
+    return missing_values(y, dy, first, last);
+}
+
+/// Answers a query with a status word, which goes into the first four bytes of dy[0].
+inline int32_t reply_to_query(double *dy, int32_t status, int32_t reply)
+{
+    std::memcpy(dy, &status, sizeof status);
+    return reply;
+}
+
+/// The usual answer to a query.
+inline int32_t reply_to_query(double *dy)
+{
+    return reply_to_query(dy, 0, QUERY_REPLY);
 }
 
 }  // namespace curvebank

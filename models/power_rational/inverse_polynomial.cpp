@@ -28,7 +28,7 @@ int32_t query_mask(double A1, double A2, double A3)
 /// before EVAL_INIT.
 MODEL(InvsPoly)
 {
-    if (flags & EVAL_QUERY) return reply_with_mask(dy, query_mask(p[5], p[6], p[7]));
+    if (flags & EVAL_QUERY) return reply_to_query(dy, query_mask(p[5], p[6], p[7]), QUERY_MASK);
     if (flags & EVAL_INIT) return 1;
     const ErrorVariable error(flags, perr);
     const double y0 = p[1], X = x[1];
@@ -58,8 +58,7 @@ MODEL(InvsPoly)
         if (A == 0) continue;
         if (w <= 0) {
             mark_missing(dy, 1, 1);
-            mark_missing(dy, b, b + 5);
-            return missing_value(error, y);
+            return missing_values(error, y, dy, b, b + 5);
         }
         const double z = 2 * (X - xc) / w, s = z * z;
         const double Q = ((A3 * s + A2) * s + A1) * s + 1;

@@ -23,10 +23,7 @@ MODEL(Rational)
     }
     if (!(flags & EVAL_DERIVS)) return 0;
 
-    if (D == 0) {
-        mark_missing(dy, 1, 4);
-        return missing_value(error, y);
-    }
+    if (D == 0) return missing_values(error, y, dy, 1, 4);
     const double r = 1 / D;
     dy[1] = r;
     dy[2] = r * X;
@@ -52,10 +49,7 @@ MODEL(Rational0)
     }
     if (!(flags & EVAL_DERIVS)) return 0;
 
-    if (D == 0) {
-        mark_missing(dy, 1, 3);
-        return missing_value(y);
-    }
+    if (D == 0) return missing_values(y, dy, 1, 3);
     const double r = 1 / D;
     dy[2] = r;
     dy[3] = r * X;
@@ -80,10 +74,7 @@ MODEL(Rational1)
     }
     if (!(flags & EVAL_DERIVS)) return 0;
 
-    if (D == 0) {
-        mark_missing(dy, 1, 3);
-        return missing_value(y);
-    }
+    if (D == 0) return missing_values(y, dy, 1, 3);
     const double r = 1 / D;
     dy[3] = X * r;
     y[1] = dy[3] * c + r;
@@ -108,10 +99,7 @@ MODEL(Rational2)
     }
     if (!(flags & EVAL_DERIVS)) return 0;
 
-    if (D == 0) {
-        mark_missing(dy, 1, 3);
-        return missing_value(y);
-    }
+    if (D == 0) return missing_values(y, dy, 1, 3);
     dy[2] = 1 / D;
     dy[3] = X / D;
     y[1] = dy[3] * c + dy[2] * b;
@@ -135,10 +123,7 @@ MODEL(Rational3)
     }
     if (!(flags & EVAL_DERIVS)) return 0;
 
-    if (D == 0) {
-        mark_missing(dy, 1, 3);
-        return missing_value(y);
-    }
+    if (D == 0) return missing_values(y, dy, 1, 3);
     dy[2] = 1 / D;
     y[1] = (b + X) / D;
     dy[1] = -y[1] * dy[2];
@@ -162,10 +147,7 @@ MODEL(Rational4)
     }
     if (!(flags & EVAL_DERIVS)) return 0;
 
-    if (D == 0) {
-        mark_missing(dy, 1, 3);
-        return missing_value(y);
-    }
+    if (D == 0) return missing_values(y, dy, 1, 3);
     dy[3] = 1.0;
     dy[2] = 1 / D;
     dy[1] = -(b / D) * dy[3];  // defined with dy[3] where the exact partial has dy[2]

@@ -83,14 +83,14 @@ TEST_SUITE("catalogue")
             CAPTURE(export_name);
             const auto exported = test::library().function<ModelFunc>(export_name);
             CHECK((exported != nullptr));
-            CHECK((exported == test::model(name)));
+            if (*name != '\0') CHECK((exported == test::model(name)));
 #ifdef _WIN32
             CHECK((exported == test::library().function<ModelFunc>(static_cast<unsigned short>(ordinal))));
 #endif
             CHECK(ordinal > 100);
             ++count;
         };
-#define CHECK_EXPORT(export_name, ordinal, name) check(#export_name, ordinal, #name);
+#define CHECK_EXPORT(export_name, ordinal, name) check(#export_name, ordinal, name);
         CURVEBANK_EXPORTED_MODELS(CHECK_EXPORT)
 #undef CHECK_EXPORT
         CHECK(count > 0);
