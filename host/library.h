@@ -1,0 +1,50 @@
+// A Curvebank library opened by file, as any foreign host opens it.
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "curvebank/model_func.h"
+#include "platform/shared_library.h"
+
+namespace curvebank::host {
+
+/// A model as the library hands it out.
+struct Model {
+    ModelFunc function = nullptr;
+    int nIndep = 0, nDep = 0, nParams = 0;  ///< the counts of the catalogue
+};
+
+struct ExportedModel {
+    std::string name;  ///< the export name
+    int ordinal;
+    std::string catalogue_name;  ///< empty where the catalogue has no row for it
+};
+
+/// The export list that this program was built with.
+const std::vector<ExportedModel> &exported_models();
+
+class Library {
+public:
+    /// Opens the library in that file; throws Error when there is none or it is no Curvebank library.
+    explicit Library(const std::string &file);
+
+    /// Opens the library named by the environment variable CURVEBANK_LIBRARY, or else the one that was built or
+    /// installed together with this program.
+    static Library standard();
+
+    /// The model of that catalogue name, ignoring case; its function is null when the library has none.
+    Model find(const std::string &name) const;
+
+    /// A model that is reached by its export name alone and has no counts in the catalogue.
+    ModelFunc exported(const std::string &name) const { return library_.function<ModelFunc>(name.c_str()); }
+
+private:
+    using GetFunc = ModelFunc (*)(const char *, uint16_t *, uint16_t *, uint16_t *, uint16_t *);
+
+    platform::SharedLibrary library_;
+    GetFunc get_func_;
+};
+
+}  // namespace curvebank::host

@@ -1,0 +1,34 @@
+// What a fit found, as text to read and as a table to go on with.
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/fit.h"
+#include "host/table.h"
+
+namespace curvebank::host {
+
+/// What a report says besides the result itself.
+struct ReportContext {
+    const ModelReference *model = nullptr;
+    std::vector<ParameterReference> parameters;  ///< names and meanings in order
+    std::string data_file, x_name, y_name, weights_name;
+    size_t skipped_rows = 0;
+};
+
+std::string fit_report(const FitResult &result, const ReportContext &context);
+
+/// Certified parameters beside the found ones, and the number of digits on which they agree.
+struct Comparison {
+    std::string text;
+    double fewest_digits;
+};
+Comparison compare(const FitResult &result, const ReportContext &context, const std::vector<double> &certified);
+
+/// The data with the fitted values, the residuals and each term's share.
+Table fit_table(const FitResult &result, const ReportContext &context, const Data &data,
+                const std::vector<double> &contributions, int terms);
+
+}  // namespace curvebank::host
