@@ -1,0 +1,20 @@
+/* The smallest host: finds a model by name, calls it for one point, prints value and derivatives. */
+#include <errno.h>
+#include <stdio.h>
+
+#include <curvebank/curvebank.h>
+
+int main(void)
+{
+    uint16_t nParams;
+    ModelFunc model = Get_Func("Parabola", NULL, NULL, &nParams, NULL);
+    double p[] = {0, 1, 2, 3}, x[] = {0, 0.5}, y[2], dy[4]; /* element 0 is not used */
+
+    if (!model) return 1;
+    errno = 0;
+    if (model(EVAL_VALUE | EVAL_DERIVS, NULL, (int16_t)nParams, NULL, 0, p, NULL, x, y, dy) != 0) return 1;
+    printf("y = %g", y[1]);
+    for (int i = 1; i <= nParams; ++i) printf(", dy/dp%d = %g", i, dy[i]);
+    printf("\n");
+    return 0;
+}
