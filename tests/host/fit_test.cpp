@@ -1,0 +1,191 @@
+#include <cmath>
+#include <filesystem>
+
+#include <doctest/doctest.h>
+
+#include "host/error.h"
+#include "host/fit.h"
+#include "host/report.h"
+#include "host/table.h"
+
+using namespace curvebank::host;
+
+namespace {
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+/// A fit of points to a model by name, from a start.
+struct Setup {
+    Setup(const char *name, std::vector<double> start)
+        : library(CURVEBANK_LIBRARY_FILE),
+          about(*find_reference(name)),
+          count(static_cast<int>(start.size())),
+          evaluator(library.find(name), count, count)
+    {
+        options.start = std::move(start);
+        data.x.resize(1);
+    }
+
+    void add(double x, double y)
+    {
+        data.x[0].push_back(x);
+        data.y.push_back(y);
+    }
+
+    /// Points of the curve itself, moved up and down in turn by noise.
+    void add_curve(const std::vector<double> &p, double low, double high, int points, double noise)
+    {
+        for (int i = 0; i < points; ++i) add(low + (high - low) * i / (points - 1), 0);
+        evaluator.values(p, data.x, data.y);
+        for (size_t i = 0; i < data.y.size(); ++i) data.y[i] += i % 2 == 0 ? noise : -noise;
+    }
+
+    FitResult run() { return fit(evaluator, about, data, options); }
+
+    Library library;
+    const ModelReference &about;
+    int count;
+    Evaluator evaluator;
+    Data data;
+    FitOptions options;
+};
+
+}  // namespace
+
+TEST_CASE("a straight line: all statistics against the closed form")
+{
+    Setup line("Line", {0, 0});
+    for (const auto &[x, y] : {std::pair{1.0, 2.0}, {2.0, 3.0}, {3.0, 5.0}, {4.0, 4.0}}) line.add(x, y);
+    const FitResult result = line.run();
+    CHECK(result.converged);
+    CHECK(result.parameters[0].value == doctest::Approx(1.5));
+    CHECK(result.parameters[1].value == doctest::Approx(0.8));
+    CHECK(result.sum_of_squares == doctest::Approx(1.8));
+    CHECK(result.degrees_of_freedom == 2);
+    CHECK(result.residual_sd == doctest::Approx(std::sqrt(0.9)));
+    CHECK(result.r_squared == doctest::Approx(0.64));
+    CHECK(result.parameters[0].standard_error == doctest::Approx(std::sqrt(0.9 * (0.25 + 6.25 / 5))));
+    CHECK(result.parameters[1].standard_error == doctest::Approx(std::sqrt(0.9 / 5)));
+    // Student's t for 2 degrees of freedom at 97.5 %
+    CHECK(result.parameters[1].upper == doctest::Approx(0.8 + 4.30265272974946 * std::sqrt(0.18)));
+    CHECK(result.fitted[0] == doctest::Approx(2.3));
+    CHECK(result.residuals[0] == doctest::Approx(-0.3));
+}
+
+TEST_CASE("weights count like repeated points")
+{
+    Setup weighted("Line", {0, 0}), repeated("Line", {0, 0});
+    const double points[][2] = {{1, 2}, {2, 3}, {3, 5}, {4, 4}};
+    for (const auto &[x, y] : points) {
+        weighted.add(x, y);
+        weighted.data.weights.push_back(x);
+        for (int i = 0; i < x; ++i) repeated.add(x, y);
+    }
+    const FitResult a = weighted.run(), b = repeated.run();
+    for (size_t i = 0; i < 2; ++i) CHECK(a.parameters[i].value == doctest::Approx(b.parameters[i].value));
+    CHECK(a.sum_of_squares == doctest::Approx(b.sum_of_squares));
+    CHECK(a.r_squared == doctest::Approx(b.r_squared));
+    weighted.data.weights[0] = 0;
+    CHECK_THROWS_AS(weighted.run(), Error);
+}
+
+TEST_CASE("certified linear problems")
+{
+    const struct {
+        const char *model, *data, *certified;
+        double digits;
+    } problems[] = {{"Parabola", "pontius", "pontius_certified", 9}, {"PolyN", "filip", "filip_certified", 6}};
+    for (const auto &problem : problems) {
+        CAPTURE(problem.model);
+        const std::string examples = EXAMPLES "/";
+        const Table table = read_table(examples + problem.data + ".csv");
+        const std::vector<double> certified = read_table(examples + problem.certified + ".csv").columns[1];
+        Setup setup(problem.model, std::vector<double>(certified.size()));
+        setup.data = {{table.columns[0]}, table.columns[1], {}};
+        const FitResult result = setup.run();
+        CHECK(result.converged);
+        ReportContext context;
+        context.model = &setup.about;
+        context.parameters = setup.about.names(setup.count);
+        CHECK(compare(result, context, certified).fewest_digits >= problem.digits);
+    }
+}
+
+TEST_CASE("two peaks, fixed parameters and bounds")
+{
+    const std::vector<double> truth = {1, 2, 1.5, 3, 1, 0, 0, 6, 2, 4, 1, 0, 0};
+    Setup peaks("InvsPoly", {0.5, 2.3, 1.2, 2, 1, 0, 0, 5.5, 1.5, 3, 1, 0, 0});
+    peaks.add_curve(truth, -2, 10, 80, 1e-6);
+    peaks.options.fixed = {false, false, false, false, true, true, true, false, false, false, true, true, true};
+    FitResult result = peaks.run();
+    REQUIRE(result.converged);
+    for (size_t i = 0; i < truth.size(); ++i) {
+        CHECK(result.parameters[i].value == doctest::Approx(truth[i]).epsilon(1e-5));
+        CHECK(result.parameters[i].fixed == peaks.options.fixed[i]);
+        CHECK(std::isnan(result.parameters[i].standard_error) == peaks.options.fixed[i]);
+    }
+    CHECK(result.degrees_of_freedom == 80 - 7);
+
+    peaks.options.lower.assign(truth.size(), -infinity);
+    peaks.options.upper.assign(truth.size(), infinity);
+    peaks.options.upper[3] = 2.5;
+    result = peaks.run();
+    CHECK(result.converged);
+    CHECK(result.parameters[3].value == doctest::Approx(2.5));
+    CHECK(result.parameters[3].at_bound);
+    CHECK(!result.parameters[0].at_bound);
+    peaks.options.start[3] = 3;
+    CHECK_THROWS_AS(peaks.run(), Error);
+}
+
+TEST_CASE("derivatives that are missing or not exact are replaced by numeric ones")
+{
+    Setup rational4("Rational4", {2, 1, 1});
+    rational4.add_curve({3, 0.5, 2}, -1.5, 10, 30, 1e-4);
+    FitResult result = rational4.run();
+    CHECK(result.converged);
+    CHECK(result.parameters[0].numeric_derivative);
+    CHECK(!result.parameters[1].numeric_derivative);
+    CHECK(result.parameters[0].value == doctest::Approx(3).epsilon(1e-3));
+
+    ModelReference silent = rational4.about;  // the check at the start finds it out by itself
+    silent.inexact.clear();
+    result = fit(rational4.evaluator, silent, rational4.data, rational4.options);
+    CHECK(result.parameters[0].numeric_derivative);
+    CHECK(!result.parameters[2].numeric_derivative);
+
+    Setup centred("PolyCtr5", {0, 2, 0, 0, 0, 0, 0});
+    centred.add_curve({1, 2, -2, 0.5, 0.25, -0.1, 0.05}, -1, 5, 40, 1e-3);
+    centred.options.fixed = {false, true, false, false, false, false, false};
+    result = centred.run();
+    CHECK(result.converged);
+    CHECK(result.parameters[2].numeric_derivative);
+    CHECK(result.parameters[6].value == doctest::Approx(0.05).epsilon(1e-2));
+}
+
+TEST_CASE("parameters that the data cannot tell apart are reported")
+{
+    Setup rational("Rational", {1, 2, 3, 0.5});  // a common factor cancels
+    rational.add_curve({1, 2, 3, 0.5}, 0, 10, 30, 1e-3);
+    const FitResult result = rational.run();
+    CHECK(result.dependent);
+    CHECK(std::isnan(result.parameters[0].standard_error));
+}
+
+TEST_CASE("a fit that cannot begin or end says why")
+{
+    Setup pole("Rational2", {-1, 2, 3});
+    for (const double x : {0.0, 1.0, 2.0, 3.0}) pole.add(x, x);
+    CHECK_THROWS_WITH_AS(pole.run(), "the model has no value at x = 1 with the start values", Error);
+
+    Setup few("Cubic", {0, 0, 0, 0});
+    few.add(1, 1);
+    CHECK_THROWS_WITH_AS(few.run(), "1 points cannot determine 4 parameters", Error);
+
+    Setup short_run("InvsPoly", {0, 30, 1, 1, 1, 0, 0});
+    short_run.add_curve({1, 2, 1.5, 3, 1, 0, 0}, -2, 10, 80, 1e-3);
+    short_run.options.max_iterations = 1;
+    const FitResult result = short_run.run();
+    CHECK(!result.converged);
+    CHECK(result.stop_reason == "the limit of iterations was reached");
+}

@@ -1,0 +1,131 @@
+// The command-line program as a user meets it: output, errors and exit codes.
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include <sys/wait.h>
+
+#include <doctest/doctest.h>
+
+namespace {
+
+struct Run {
+    int exit_code;
+    std::string output;  ///< of both streams
+};
+
+Run run(const std::string &arguments, const std::string &environment = "")
+{
+    const std::string command = environment + " '" PROGRAM "' " + arguments + " 2>&1";
+    FILE *pipe = popen(command.c_str(), "r");
+    Run result{-1, {}};
+    std::array<char, 4096> buffer{};
+    while (const size_t count = std::fread(buffer.data(), 1, buffer.size(), pipe))
+        result.output.append(buffer.data(), count);
+    const int status = pclose(pipe);
+    if (WIFEXITED(status)) result.exit_code = WEXITSTATUS(status);
+    return result;
+}
+
+bool contains(const Run &result, const std::string &text)
+{
+    return result.output.find(text) != std::string::npos;
+}
+
+std::string temporary(const std::string &name)
+{
+    return (std::filesystem::temp_directory_path() / ("curvebank_program_test_" + name)).string();
+}
+
+}  // namespace
+
+TEST_CASE("list and show")
+{
+    const Run all = run("list"), some = run("list PEAKS");
+    CHECK(all.exit_code == 0);
+    CHECK(contains(all, "Parabola             1    1      3  Polynomial2             308  Parabola"));
+    CHECK(contains(some, "InvsPoly"));
+    CHECK(!contains(some, "Parabola"));
+    const Run rational4 = run("show rational4");
+    CHECK(contains(rational4, "y = c + b / (a + x)"));
+    CHECK(contains(rational4, "entry 1 is -b/(a + x)"));
+    CHECK(contains(rational4, "Rational4 (ordinal 476)"));
+}
+
+TEST_CASE("eval")
+{
+    const Run csv = run("eval Parabola --params a2=3,a0=1,a1=2 --x 0:1:0.5 --derivatives --csv");
+    CHECK(csv.exit_code == 0);
+    CHECK(csv.output == "x,y,dy/da0,dy/da1,dy/da2\n0,1,1,0,0\n0.5,2.75,1,0.5,0.25\n1,6,1,1,1\n");
+    CHECK(run("eval Rational2 --params -1,2,3 --x 1,2 --csv").output == "x,y\n1,\n2,8\n");
+    CHECK(run("eval InvsPoly --params 1,2,1,3,1,0,0,2,1,4,1,0,0 --x 2.5 --csv").output ==
+          "x,y,term1,term2\n2.5,4.5,1.5,2\n");
+    CHECK(contains(run("eval Line --params 1,2 --table '" EXAMPLES "/pontius.csv' --columns load"), "150000"));
+}
+
+TEST_CASE("fit writes report, table and plot, and leaves out what it cannot use")
+{
+    const std::string data = temporary("data.csv"), table = temporary("fit.csv"), plot = temporary("fit.svg");
+    std::ofstream(data) << "x,y,w\n0,1,1\n1,3,1\n2,oops,1\n3,7,1\n4,9.5,0\n5,11,2\n,4,1\n";
+    const Run fit = run("fit Line '" + data + "' --weights w --csv '" + table + "' --plot '" + plot + "'");
+    CHECK(fit.exit_code == 0);
+    CHECK(contains(fit, "4 points (3 rows skipped"));
+    CHECK(contains(fit, "Converged"));
+    std::ifstream written(table);
+    std::string header;
+    std::getline(written, header);
+    CHECK(header == "x,y,w,fitted,residual");
+    CHECK(std::filesystem::file_size(plot) > 1000);
+}
+
+TEST_CASE("every error is one line and a non-zero exit")
+{
+    const std::string pontius = "'" EXAMPLES "/pontius.csv'";
+    const struct {
+        std::string arguments, message;
+    } errors[] = {
+        {"show Parabla", "no model is called Parabla; did you mean Parabola"},
+        {"fit Line /no/such/file.csv", "cannot read /no/such/file.csv"},
+        {"fit Line " + pontius + " --columns load,nothing", "no column nothing; the columns are load, deflection"},
+        {"fit Line " + pontius + " --columns load", "--columns takes two names, x and y"},
+        {"fit Line " + pontius + " --start 1", "--start: 1 values given, but there are 2 parameters"},
+        {"fit Line " + pontius + " --start b=1", "--start: no parameter b; the parameters are a0, a1"},
+        {"fit Line " + pontius + " --fix a0,a1", "every parameter is fixed: there is nothing to fit"},
+        {"fit Line " + pontius + " --nparams 3", "Line takes 2 parameters, not 3"},
+        {"fit InvsPoly " + pontius + " --nparams 8",
+         "InvsPoly takes 1 parameters and 6 for every term; 8 do not fit"},
+        {"fit Rational4P " + pontius, "Rational4P is a placeholder: it computes nothing"},
+        {"fit Line " + pontius + " --plot fit.pdf", "a plot is a .png or a .svg file, not fit.pdf"},
+        {"eval Line --params 1,2,3 --x 1", "Line takes 2 parameters, not 3"},
+        {"eval Line --params a0=1 --x 1", "--params: no value for a1"},
+        {"eval Line --params 1,zwei --x 1", "--params: zwei is no number"},
+        {"eval Line --params 1,2 --x 0:1:0", "--x: 0:1:0 is no range of 1 to 10 million points"},
+        {"eval Line --params 1,2", "eval needs --x or --table"},
+    };
+    for (const auto &error : errors) {
+        CAPTURE(error.arguments);
+        const Run result = run(error.arguments);
+        CHECK(result.exit_code == 1);
+        CHECK(contains(result, "curvebank: " + error.message + "\n"));
+    }
+    CHECK(run("").exit_code != 0);
+    CHECK(run("show").exit_code != 0);
+}
+
+TEST_CASE("no library, a wrong library, a fit that ends too early, digits that are not reached")
+{
+    const Run none = run("list", "CURVEBANK_LIBRARY=/no/such/library.so"),
+              wrong = run("list", "CURVEBANK_LIBRARY=libm.so.6");
+    CHECK((none.exit_code == 1 && contains(none, "curvebank: cannot load the library: /no/such/library.so")));
+    CHECK((wrong.exit_code == 1 && contains(wrong, "libm.so.6 is not a Curvebank library")));
+
+    const Run early = run("fit InvsPoly '" EXAMPLES "/filip.csv' --max-iterations 1");
+    CHECK(
+        (early.exit_code == 2 && contains(early, "NOT CONVERGED") && contains(early, "the fit did not converge")));
+    const Run digits =
+        run("fit Parabola '" EXAMPLES "/pontius.csv' --certified '" EXAMPLES "/pontius_certified.csv' --digits 16");
+    CHECK((digits.exit_code == 3 && contains(digits, "fewer than 16 certified digits")));
+}

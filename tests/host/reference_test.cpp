@@ -1,0 +1,167 @@
+// The reference tables against the library: what a person reads about a model is what the library computes.
+
+#include <algorithm>
+#include <cmath>
+
+#include <doctest/doctest.h>
+
+#include "frame/catalogue.h"
+#include "host/evaluator.h"
+#include "host/expression.h"
+#include "host/fit.h"
+#include "host/reference.h"
+
+using namespace curvebank::host;
+
+namespace {
+
+const Library &library()
+{
+    static const Library opened(CURVEBANK_LIBRARY_FILE);
+    return opened;
+}
+
+Model model_of(const ModelReference &entry)
+{
+    if (!entry.export_only) return library().find(entry.name);
+    return {library().exported(entry.name), 1, 1, static_cast<int>(entry.parameters.size())};
+}
+
+/// The sample of an entry: parameters, points, and the evaluator to call there.
+struct Sample {
+    explicit Sample(const ModelReference &entry)
+        : p(entry.sample_parameters),
+          x(1),
+          evaluator(model_of(entry), entry.repeated.empty() ? model_of(entry).nParams : static_cast<int>(p.size()),
+                    static_cast<int>(p.size()))
+    {
+        constexpr int steps = 20;
+        const auto [low, high] = entry.sample_range;
+        for (int i = 0; i <= steps; ++i) x[0].push_back(low + (high - low) * i / steps);
+        y.resize(x[0].size());
+        failures = evaluator.values(p, x, y);
+        largest = std::fabs(
+            *std::max_element(y.begin(), y.end(), [](double a, double b) { return std::fabs(a) < std::fabs(b); }));
+    }
+
+    std::vector<double> p;
+    Variables x;
+    Evaluator evaluator;
+    std::vector<double> y;
+    size_t failures;
+    double largest;
+};
+
+double formula_value(const ModelReference &entry, const std::vector<double> &p, double x)
+{
+    std::map<std::string, double> variables = {{"x", x}};
+    for (size_t i = 0; i < entry.parameters.size(); ++i) variables[entry.parameters[i].name] = p[i];
+    double value = entry.formula.empty() ? 0.0 : Expression(entry.formula)(variables);
+    for (int k = 1; k <= entry.terms(static_cast<int>(p.size())); ++k) {
+        variables["k"] = k;
+        const size_t first = entry.parameters.size() + static_cast<size_t>(k - 1) * entry.repeated.size();
+        for (size_t i = 0; i < entry.repeated.size(); ++i) variables[entry.repeated[i].name] = p[first + i];
+        value += Expression(entry.term)(variables);
+    }
+    return value;
+}
+
+}  // namespace
+
+TEST_CASE("every built model has its entry, and every entry its model")
+{
+    for (const auto &row : curvebank::catalogue)
+        CHECK_MESSAGE((row.function != nullptr) == (find_reference(row.name) != nullptr), row.name);
+    for (const ModelReference &entry : reference()) {
+        CAPTURE(entry.name);
+        const Model model = model_of(entry);
+        REQUIRE((model.function != nullptr));
+        CHECK(!entry.title.empty());
+        if (entry.placeholder) continue;
+        CHECK(!entry.domain.empty());
+        CHECK(entry.formula.size() + entry.term.size() > 0);
+        CHECK(entry.names(static_cast<int>(entry.sample_parameters.size())).size() ==
+              entry.sample_parameters.size());
+        CHECK(entry.sample_parameters.size() >= static_cast<size_t>(model.nParams));
+        CHECK(entry.sample_range[0] < entry.sample_range[1]);
+    }
+}
+
+TEST_CASE("every formula gives the library's value over its sample range")
+{
+    for (const ModelReference &entry : reference()) {
+        if (entry.placeholder) continue;
+        CAPTURE(entry.name);
+        const Sample sample(entry);
+        CHECK(sample.failures == 0);
+        for (size_t i = 0; i < sample.y.size(); ++i) {
+            const double x = sample.x[0][i], expected = formula_value(entry, sample.p, x);
+            const double allowed = entry.tolerance * std::max(std::fabs(expected), 1e-3 * sample.largest);
+            CHECK_MESSAGE(std::fabs(sample.y[i] - expected) <= allowed,
+                          entry.name << " at x = " << x << ": " << sample.y[i] << ", formula " << expected);
+        }
+    }
+}
+
+TEST_CASE("every derivative is the exact partial or listed as inexact")
+{
+    for (const ModelReference &entry : reference()) {
+        if (entry.placeholder) continue;
+        CAPTURE(entry.name);
+        Sample sample(entry);
+        const size_t width = sample.p.size(), points = sample.y.size();
+        std::vector<double> own(points * width), differences(own.size()), scale;
+        std::vector<size_t> all;
+        for (size_t i = 0; i < width; ++i) {
+            all.push_back(i);
+            scale.push_back(std::max(1e-3, std::fabs(sample.p[i])));
+        }
+        sample.evaluator.derivatives(sample.p, sample.x, own);
+        if (!entry.derivatives) {
+            CHECK(std::all_of(own.begin(), own.end(), [](double dy) { return std::isnan(dy); }));
+            continue;
+        }
+        difference_derivatives(sample.evaluator, sample.x, sample.p, scale, all, differences);
+        for (size_t i = 0; i < width; ++i) {
+            if (std::any_of(entry.inexact.begin(), entry.inexact.end(),
+                            [i](const auto &e) { return e.first == static_cast<int>(i) + 1; }))
+                continue;
+            double largest = 0;
+            for (size_t r = 0; r < points; ++r) largest = std::max(largest, std::fabs(differences[r * width + i]));
+            for (size_t r = 0; r < points; ++r)
+                CHECK_MESSAGE(std::fabs(own[r * width + i] - differences[r * width + i]) <=
+                                  std::max(1e-7, 1e2 * entry.tolerance) * (largest + sample.largest / scale[i]),
+                              entry.name << " dy[" << i + 1 << "] at x = " << sample.x[0][r] << ": "
+                                         << own[r * width + i] << ", differences " << differences[r * width + i]);
+        }
+    }
+}
+
+TEST_CASE("models marked linear are linear in all their parameters")
+{
+    for (const ModelReference &entry : reference()) {
+        if (!entry.linear) continue;
+        CAPTURE(entry.name);
+        Sample sample(entry);
+        std::vector<double> doubled = sample.p, y(sample.y.size());
+        for (double &value : doubled) value *= 2;
+        sample.evaluator.values(doubled, sample.x, y);
+        for (size_t r = 0; r < y.size(); ++r) CHECK(y[r] == doctest::Approx(2 * sample.y[r]));
+    }
+}
+
+TEST_CASE("names: case is ignored, near misses are suggested")
+{
+    CHECK(find_reference("PARABOLA")->name == "Parabola");
+    CHECK(find_reference("Parabolla") == nullptr);
+    CHECK(nearest_names("parabla") == std::vector<std::string>{"Parabola"});
+    CHECK(nearest_names("").empty());
+    CHECK(find_reference("InvsPoly")->names(13)[7].name == "xc2");
+}
+
+TEST_CASE("what is no expression is refused")
+{
+    CHECK_THROWS(Expression("1 +"));
+    CHECK_THROWS(Expression("a*x")({{"x", 1.0}}));
+    CHECK(Expression("erf(0) + gamma(4) + lgamma(1) + pi")({}) == doctest::Approx(6 + 3.141592653589793));
+}
