@@ -47,9 +47,14 @@ public:
     static constexpr int room = 64;
 
     Call(const char *name, std::initializer_list<double> parameters, std::initializer_list<double> variables)
-        : function_(model(name)), nParams(static_cast<int16_t>(parameters.size()))
+        : Call(model(name), parameters, variables)
     {
-        if (!function_) throw std::runtime_error(std::string("no model ") + name);
+    }
+
+    Call(ModelFunc function, std::initializer_list<double> parameters, std::initializer_list<double> variables)
+        : function_(function), nParams(static_cast<int16_t>(parameters.size()))
+    {
+        if (!function_) throw std::runtime_error("no such model");
         std::copy(parameters.begin(), parameters.end(), p.begin() + 1);
         std::copy(variables.begin(), variables.end(), x.begin() + 1);
     }
