@@ -1,0 +1,56 @@
+#include <cmath>
+
+#include <doctest/doctest.h>
+
+#include "tests/support/derivatives.h"
+
+using namespace curvebank::test;
+
+TEST_SUITE("exponential association")
+{
+    constexpr int both = EVAL_VALUE | EVAL_DERIVS;
+
+    TEST_CASE("derivatives are the exact partials, but for those of ExpAssocDelay1 before its start")
+    {
+        check_derivatives("ExpAssoc", {1.5, 4, 2, -3, 5}, {-1, 0, 3});
+        check_derivatives("ExpAssoc1", {1.5, 1, 4, 2}, {-1, 1.5, 3});
+        check_derivatives("ExpAssoc2", {1.5, 2.5, 1, 4, -3, 2, 5}, {-1, 2, 3});
+        check_derivatives("ExpAssocDelay1", {1.5, 1, 4, 2}, {-1, 2, 3}, {1, 3, 4});
+        check_derivatives("ExpAssocDelay1", {1.5, 1, 4, 2}, {2, 3});
+        check_derivatives("ExpAssocDelay2", {1.5, 2.5, 1, 4, -3, 2, 5}, {-1, 2, 3});
+    }
+
+    TEST_CASE("ExpAssoc: a phase left out of the value is not left out of the derivatives")
+    {
+        Call call("ExpAssoc", {3, 0, 0, 2, 0}, {1});
+        CHECK(call.run(EVAL_VALUE) == 1);
+        call.nParams = 3;
+        CHECK((call.run(EVAL_VALUE, 34) == 0 && call.y[1] == 3));  // no exponential, no error test
+        CHECK((call.run(both | EVAL_USE_ERRPTR, 34, 33) == 1 && is_missing(call.y[1]) && call.dy_untouched()));
+        CHECK((call.runtime_code == 34 && call.caller_code == 0));
+    }
+
+    TEST_CASE("start times: a zero time constant marks all derivatives, an overflow is no failure")
+    {
+        for (const char *name : {"ExpAssoc1", "ExpAssoc2", "ExpAssocDelay1", "ExpAssocDelay2"}) {
+            Call call(name, {-900, -900, 1, -1, -1, -1, -1}, {0});
+            if (name[std::strlen(name) - 1] == '1') call.nParams = 4;
+            CHECK((call.run(both, 33) == 0 && std::isinf(call.y[1]) && call.runtime_code == 34));
+            call.p[static_cast<size_t>(call.nParams)] = 0;
+            CHECK((call.run(EVAL_VALUE) == 1 && is_missing(call.y[1]) && call.dy_untouched()));
+            CHECK((call.run(both | EVAL_USE_ERRPTR, 34, 33) == 1 && call.dy_missing_only(1, call.nParams)));
+            CHECK((call.runtime_code == 34 && call.caller_code == 0));
+        }
+
+        // A closed gate keeps its exponential uncalled; a NaN start closes it, but not to ExpAssoc2's derivatives.
+        Call delay("ExpAssocDelay1", {1000, 3, 1, 1}, {0});
+        CHECK((delay.run(EVAL_VALUE) == 0 && delay.y[1] == 3 && delay.runtime_code == 0));
+        for (const char *name : {"ExpAssoc2", "ExpAssocDelay2"}) {
+            Call call(name, {0, 1000, 3, 1, 1, 1, 1}, {0});
+            CHECK((call.run(EVAL_DERIVS) == 0 && call.runtime_code == 0 && call.dy[2] == 0));
+            call.p[2] = std::nan("");
+            CHECK((call.run(EVAL_DERIVS) == 0 && call.y[1] == 3));
+            CHECK(std::isnan(call.dy[2]) == (std::strcmp(name, "ExpAssoc2") == 0));
+        }
+    }
+}
