@@ -71,6 +71,15 @@ inline int32_t missing_values(const ErrorVariable &error, double *y, double *dy,
     return missing_values(y, dy, first, last);
 }
 
+/// Leaves a call whose exponential or power is out of range with the limit of the curve, as a success. It is errno
+/// that is reset, whichever error variable told of the overflow.
+inline int32_t saturated(double *y, double limit)
+{
+    ErrorVariable::runtime().clear();
+    y[1] = limit;
+    return 0;
+}
+
 /// Answers a query with a status word, which goes into the first four bytes of dy[0].
 inline int32_t reply_to_query(double *dy, int32_t status, int32_t reply)
 {

@@ -21,14 +21,6 @@ bool exponential(double t, const ErrorVariable &error, double &e)
     return !error.raised();
 }
 
-/// Leaves a call whose value is the limit of the curve.
-int32_t saturated(double *y, double limit)
-{
-    ErrorVariable::runtime().clear();
-    y[1] = limit;
-    return 0;
-}
-
 }  // namespace
 
 /// Boltzmann sigmoid.

@@ -7,17 +7,6 @@
 #include "frame/evaluation.h"
 
 namespace curvebank {
-namespace {
-
-/// Leaves a call whose value is the limit of the curve.
-int32_t saturated(double *y, double limit)
-{
-    ErrorVariable::runtime().clear();
-    y[1] = limit;
-    return 0;
-}
-
-}  // namespace
 
 /// Four-parameter logistic (De Lean, Munson and Rodbard, 1978).
 ///     y = A2 + (A1 - A2) / (1 + (X/x0)^h)          p = (A1, A2, x0, h)

@@ -16,7 +16,7 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 
 /// A fit of points to a model by name, from a start.
 struct Setup {
-    Setup(const char *name, std::vector<double> start)
+    Setup(const std::string &name, std::vector<double> start)
         : library(CURVEBANK_LIBRARY_FILE),
           about(*find_reference(name)),
           count(static_cast<int>(start.size())),
@@ -92,7 +92,7 @@ TEST_CASE("weights count like repeated points")
 TEST_CASE("certified linear problems")
 {
     const struct {
-        const char *model, *data, *certified;
+        std::string model, data, certified;
         double digits;
     } problems[] = {{"Parabola", "pontius", "pontius_certified", 9}, {"PolyN", "filip", "filip_certified", 6}};
     for (const auto &problem : problems) {

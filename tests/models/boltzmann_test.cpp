@@ -1,5 +1,6 @@
 #include <doctest/doctest.h>
 
+#include "tests/support/check_call.h"
 #include "tests/support/derivatives.h"
 
 using namespace curvebank::test;
@@ -9,54 +10,32 @@ TEST_SUITE("boltzmann")
     constexpr int V = EVAL_VALUE, D = EVAL_DERIVS, E = EVAL_USE_ERRPTR;
     constexpr double M = MISSING_VALUE;
 
-    using Codes = std::pair<int, int>;  // errno and the caller's variable
-
-    /// One call, through the catalogue or, for Boltzman1, the export. It is to fail where the value is missing, and
-    /// to leave all entries of dy beyond the listed ones untouched.
-    static void check(const char *name, std::initializer_list<double> parameters, double X, int16_t flags,
-                      Codes before, double value, Codes after, std::initializer_list<double> derivatives = {})
-    {
-        double p[9]{}, x[]{0, X}, y[]{0, untouched}, dy[9];
-        std::fill_n(dy, 9, untouched);
-        std::copy(parameters.begin(), parameters.end(), p + 1);
-        const ModelFunc row = model(name), function = row ? row : library().function<ModelFunc>(name);
-        const auto nParams = static_cast<int16_t>(parameters.size());
-        int32_t caller = before.second;
-        errno = before.first;
-        const int result = function(flags, &caller, nParams, nullptr, 0, p, nullptr, x, y, dy);
-        const Codes codes(errno, caller);
-        INFO(std::string(name) << " at x = " << X << ", flags " << flags << ": y = " << y[1]);
-        CHECK((result == is_missing(value) && same_bits(y[1], value) && codes == after));
-        CHECK(std::equal(derivatives.begin(), derivatives.end(), dy + 1, same_bits));
-        CHECK(std::count(dy, dy + 9, untouched) == 9 - static_cast<int>(derivatives.size()));
-    }
-
     TEST_CASE("derivatives are the exact partials")
     {
         check_derivatives("Boltzman", {1, 5, 2, 0.75}, {0, 2, 3});
         check_derivatives("BoltzIV", {-2, -0.6, 1.5, 5}, {-3, -2, 1});
         check_derivatives("DoubleBoltzmann", {0.5, 3, 0.4, -2, 4, -0.75, -1.25}, {-3, 0, 4});
-        check("Boltzman1", {3, 7, 2}, 2, D, {33, 34}, 5, {33, 34}, {0.5, 0.5, 2.302585093});
+        check_call("Boltzman1", {3, 7, 2}, 2, D, {33, 34}, 5, {33, 34}, {0.5, 0.5, 2.302585093});
     }
 
     TEST_CASE("saturation is a success that resets errno and leaves the caller's variable alone")
     {
-        check("Boltzman", {3, 7, 0, 1}, 665.5, V | D, {0, 0}, 7, {0, 0});
-        check("Boltzman", {3, 7, 0, 1}, 665.5, D | E, {34, 12}, 7, {0, 12}, {0, 1, 0, 0});
-        check("Boltzman", {3, 7, 0, 1}, 0, V | D | E, {34, 12}, 5, {34, 12});
-        check("BoltzIV", {0, 1, 3, 7}, 0, D | E, {33, 34}, 0, {0, 34}, {0, 0, 0, 0});
-        check("Boltzman1", {3, 7, 2}, -400, D, {0, 0}, 7, {0, 0}, {0, 1, 0});
-        check("Boltzman1", {3, 7, 2}, 2, V | D | E, {34, 33}, 7, {0, 33});
-        check("Boltzman1", {3, 7, 2}, 2, D | E, {34, 12}, 7, {0, 12}, {0, 1, 0});
+        check_call("Boltzman", {3, 7, 0, 1}, 665.5, V | D, {0, 0}, 7, {0, 0});
+        check_call("Boltzman", {3, 7, 0, 1}, 665.5, D | E, {34, 12}, 7, {0, 12}, {0, 1, 0, 0});
+        check_call("Boltzman", {3, 7, 0, 1}, 0, V | D | E, {34, 12}, 5, {34, 12});
+        check_call("BoltzIV", {0, 1, 3, 7}, 0, D | E, {33, 34}, 0, {0, 34}, {0, 0, 0, 0});
+        check_call("Boltzman1", {3, 7, 2}, -400, D, {0, 0}, 7, {0, 0}, {0, 1, 0});
+        check_call("Boltzman1", {3, 7, 2}, 2, V | D | E, {34, 33}, 7, {0, 33});
+        check_call("Boltzman1", {3, 7, 2}, 2, D | E, {34, 12}, 7, {0, 12}, {0, 1, 0});
     }
 
     TEST_CASE("failures clear the chosen error variable")
     {
-        check("Boltzman", {3, 7, 0, 0}, 1, V | D, {33, 34}, M, {0, 34});
-        check("Boltzman", {3, 7, 0, -9e-19}, -1, D | E, {33, 34}, M, {33, 0});
-        check("BoltzIV", {1, 1e-19, 3, 7}, 0, V | D, {0, 0}, -21, {0, 0});
-        check("Boltzman1", {}, 0, V | D | E, {12, 34}, M, {12, 0});
-        check("DoubleBoltzmann", {0.5, 4, 0.5, 0, 1, 1e-3, 1}, 1, V | D, {0, 33}, M, {0, 33});
-        check("DoubleBoltzmann", {0.5, 4, 0.5, 1, 0, 1, 1e-3}, 1, D, {0, 33}, M, {0, 33}, {1});
+        check_call("Boltzman", {3, 7, 0, 0}, 1, V | D, {33, 34}, M, {0, 34});
+        check_call("Boltzman", {3, 7, 0, -9e-19}, -1, D | E, {33, 34}, M, {33, 0});
+        check_call("BoltzIV", {1, 1e-19, 3, 7}, 0, V | D, {0, 0}, -21, {0, 0});
+        check_call("Boltzman1", {}, 0, V | D | E, {12, 34}, M, {12, 0});
+        check_call("DoubleBoltzmann", {0.5, 4, 0.5, 0, 1, 1e-3, 1}, 1, V | D, {0, 33}, M, {0, 33});
+        check_call("DoubleBoltzmann", {0.5, 4, 0.5, 1, 0, 1, 1e-3}, 1, D, {0, 33}, M, {0, 33}, {1});
     }
 }

@@ -31,7 +31,7 @@ TEST_SUITE("rationals")
     TEST_CASE("a zero denominator: what is marked, and whether the error variable is cleared")
     {
         struct Case {
-            const char *name;
+            std::string name;
             std::initializer_list<double> p;
             int derivatives;      // marked on a derivative call
             bool marked_on_both;  // also when the value was asked for
@@ -97,7 +97,7 @@ TEST_SUITE("rationals")
 
     TEST_CASE("the placeholders write nothing")
     {
-        for (const char *name : {"RationalEVP", "Rational4P"}) {
+        for (const std::string name : {"RationalEVP", "Rational4P"}) {
             Call call(name, {1, 2, 3, 4}, {1});
             CHECK(call.run(both) == 0);
             CHECK(call.nothing_written());

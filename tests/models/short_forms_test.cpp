@@ -12,16 +12,16 @@ TEST_SUITE("short exponentials")
 
     TEST_CASE("derivatives are the exact partials")
     {
-        for (const char *name : {"Exp1P1", "Exp1P2", "Exp1P2Md", "Exp1P3", "Exp1P3Md", "Exp1P4", "Exp1P4Md"})
+        for (const std::string name : {"Exp1P1", "Exp1P2", "Exp1P2Md", "Exp1P3", "Exp1P3Md", "Exp1P4", "Exp1P4Md"})
             check_derivatives(name, {0.6}, {-2, 0, 1.5, 3});
-        for (const char *name : {"Exp2P", "Exp2PMod1", "Exp2PMod2"})
+        for (const std::string name : {"Exp2P", "Exp2PMod1", "Exp2PMod2"})
             check_derivatives(name, {1.5, 0.6}, {-2, 0, 1.5, 3});
     }
 
     TEST_CASE("overflow: which step sees it, what it marks and which error variable it clears")
     {
         struct Case {
-            const char *name;
+            std::string name;
             std::initializer_list<double> p;
             int marked;                      // derivatives marked by a failed derivative step
             bool clears_errno, value_fails;  // the first concerns the derivative step
@@ -46,7 +46,7 @@ TEST_SUITE("short exponentials")
 
     TEST_CASE("a base that is not positive, or NaN; the zero rate of Exp1P3")
     {
-        for (const char *name : {"Exp1P2Md", "Exp1P3Md", "Exp1P4Md", "Exp2P"}) {
+        for (const std::string name : {"Exp1P2Md", "Exp1P3Md", "Exp1P4Md", "Exp2P"}) {
             const bool own = name == std::string("Exp1P4Md");
             Call call(name, {-2, -2}, {2});
             CHECK((call.run(both, 7) == 1 && call.runtime_code == (own ? 7 : 0) && call.dy_untouched()));

@@ -12,7 +12,7 @@ TEST_SUITE("three-parameter exponentials")
 
     TEST_CASE("derivatives are the exact partials")
     {
-        for (const char *name : {"Exp3P1", "Exp3P1Md", "Exp3P2"})
+        for (const std::string name : {"Exp3P1", "Exp3P1Md", "Exp3P2"})
             check_derivatives(name, {2, 0.8, -0.3}, {-2, 0, 1.5, 5});
     }
 
@@ -24,7 +24,7 @@ TEST_SUITE("three-parameter exponentials")
         CHECK((offset.run(EVAL_DERIVS, 34) == 1 && offset.runtime_code == 0 && offset.dy_untouched()));
 
         // Exp3P1Md divides limit and error test between its steps, Exp3P2 has both in both.
-        for (const char *name : {"Exp3P1Md", "Exp3P2"}) {
+        for (const std::string name : {"Exp3P1Md", "Exp3P2"}) {
             const bool divides = name == std::string("Exp3P1Md");
             Call call(name, {700, 0, 0}, {1});
             CHECK(call.run(EVAL_VALUE) == !divides);

@@ -46,15 +46,12 @@ class Call {
 public:
     static constexpr int room = 64;
 
-    Call(const char *name, std::initializer_list<double> parameters, std::initializer_list<double> variables)
-        : Call(model(name), parameters, variables)
+    /// A model by its catalogue name or, where it has no row, by its export name.
+    Call(const std::string &name, std::initializer_list<double> parameters, std::initializer_list<double> variables)
+        : function_(model(name.c_str())), nParams(static_cast<int16_t>(parameters.size()))
     {
-    }
-
-    Call(ModelFunc function, std::initializer_list<double> parameters, std::initializer_list<double> variables)
-        : function_(function), nParams(static_cast<int16_t>(parameters.size()))
-    {
-        if (!function_) throw std::runtime_error("no such model");
+        if (!function_) function_ = library().function<ModelFunc>(name.c_str());
+        if (!function_) throw std::runtime_error("no model " + name);
         std::copy(parameters.begin(), parameters.end(), p.begin() + 1);
         std::copy(variables.begin(), variables.end(), x.begin() + 1);
     }

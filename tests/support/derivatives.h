@@ -14,7 +14,7 @@ namespace curvebank::test {
 
 /// Checks that a derivative call gives the exact partials of the value, at every x, but for the listed entries,
 /// which the model defines otherwise: those must differ somewhere, or they would not belong in the list.
-inline void check_derivatives(const char *name, std::initializer_list<double> parameters,
+inline void check_derivatives(const std::string &name, std::initializer_list<double> parameters,
                               std::initializer_list<double> xs, std::initializer_list<int> not_exact = {})
 {
     const auto listed = [&](int i) { return std::find(not_exact.begin(), not_exact.end(), i) != not_exact.end(); };
