@@ -56,22 +56,16 @@ MODEL(Binding2)
 
     if (flags & EVAL_VALUE) {
         if (nParams < 1) return missing_value(error, y);
-        if (error.raised()) {
-            runtime.clear();
-            y[1] = Bmax2 + Bmax1;
-        } else {
-            y[1] = X * Bmax2 * r2 + X * Bmax1 * r1;
-        }
+        if (error.raised()) return saturated(y, Bmax2 + Bmax1);
+        y[1] = X * Bmax2 * r2 + X * Bmax1 * r1;
         return 0;
     }
     if (!(flags & EVAL_DERIVS)) return 0;
 
     if (runtime.range_error()) {
-        runtime.clear();
         dy[1] = dy[2] = 0.0;
         dy[3] = dy[4] = 1.0;
-        y[1] = Bmax1 + Bmax2;
-        return 0;
+        return saturated(y, Bmax1 + Bmax2);
     }
     dy[1] = r1 * X;
     dy[2] = r2 * X;

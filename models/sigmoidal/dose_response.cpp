@@ -28,12 +28,8 @@ MODEL(Response1)
     if (flags & EVAL_VALUE) {
         if (nParams <= 0 || h == 0 || bottom >= top) return missing_value(error, y);
         const double e = guarded_pow(10, (logx0 - X) * h);
-        if (error.raised()) {
-            runtime.clear();
-            y[1] = bottom;
-        } else {
-            y[1] = (top - bottom) / (e + 1) + bottom;
-        }
+        if (error.raised()) return saturated(y, bottom);
+        y[1] = (top - bottom) / (e + 1) + bottom;
         return 0;
     }
     if (!(flags & EVAL_DERIVS)) return 0;
@@ -41,12 +37,10 @@ MODEL(Response1)
     if (std::fabs(h) < least_slope) return missing_value(error, y);
     const double e = guarded_pow(10, (logx0 - X) * h);
     if (runtime.range_error()) {
-        runtime.clear();
         dy[1] = 0.0;
         dy[2] = 1.0;  // defined on the top, although the value is the bottom
         dy[3] = dy[4] = 0.0;
-        y[1] = bottom;
-        return 0;
+        return saturated(y, bottom);
     }
     const double s = 1 / (e + 1);
     dy[2] = s;
@@ -72,13 +66,9 @@ MODEL(Response2)
         if (nParams <= 0 || bottom > top1 || bottom > top2) return missing_value(error, y);
         const double e1 = guarded_pow(10, (X - logx1) * h1);
         const double e2 = guarded_pow(10, (logx2 - X) * h2);
-        if (error.raised()) {
-            runtime.clear();
-            y[1] = top2 + top1;
-        } else {
-            const double s1 = 1 / (e1 + 1), s2 = 1 / (e2 + 1);
-            y[1] = (top2 - bottom) * s2 + (top1 - bottom) * s1 + bottom;
-        }
+        if (error.raised()) return saturated(y, top2 + top1);
+        const double s1 = 1 / (e1 + 1), s2 = 1 / (e2 + 1);
+        y[1] = (top2 - bottom) * s2 + (top1 - bottom) * s1 + bottom;
         return 0;
     }
     if (!(flags & EVAL_DERIVS)) return 0;
@@ -86,14 +76,12 @@ MODEL(Response2)
     const double e1 = guarded_pow(10, (X - logx1) * h1);
     const double e2 = guarded_pow(10, (logx2 - X) * h2);
     if (runtime.range_error()) {
-        runtime.clear();
         dy[1] = 1.0;  // fixed values from here to dy[7], which are no limits of the derivatives
         dy[2] = dy[3] = 0.0;
         dy[4] = dy[5] = 1.0;
         dy[6] = -1.0;
         dy[7] = 1.0;
-        y[1] = top1 + top2;
-        return 0;
+        return saturated(y, top1 + top2);
     }
     const double s1 = 1 / (e1 + 1), s2 = 1 / (e2 + 1);
     dy[1] = 1 - s1 - s2;
@@ -156,24 +144,18 @@ MODEL(Competition1)
     if (flags & EVAL_VALUE) {
         if (nParams < 1) return missing_value(error, y);
         const double e = guarded_pow(10, x[1] - logx0);
-        if (error.raised()) {
-            runtime.clear();
-            y[1] = bottom;
-        } else {
-            y[1] = (top - bottom) / (e + 1) + bottom;
-        }
+        if (error.raised()) return saturated(y, bottom);
+        y[1] = (top - bottom) / (e + 1) + bottom;
         return 0;
     }
     if (!(flags & EVAL_DERIVS)) return 0;
 
     const double e = guarded_pow(10, x[1] - logx0);
     if (runtime.range_error()) {
-        runtime.clear();
         dy[1] = 0.0;
         dy[2] = 1.0;
         dy[3] = 0.0;
-        y[1] = bottom;
-        return 0;
+        return saturated(y, bottom);
     }
     const double s = 1 / (e + 1);
     dy[1] = s;
@@ -198,12 +180,8 @@ MODEL(Competition2)
         if (nParams < 1) return missing_value(error, y);
         const double e1 = guarded_pow(10, X - logx1);
         const double e2 = guarded_pow(10, X - logx2);
-        if (error.raised()) {
-            runtime.clear();
-            y[1] = bottom;
-        } else {
-            y[1] = (f / (e1 + 1) + (1 - f) / (e2 + 1)) * (top - bottom) + bottom;
-        }
+        if (error.raised()) return saturated(y, bottom);
+        y[1] = (f / (e1 + 1) + (1 - f) / (e2 + 1)) * (top - bottom) + bottom;
         return 0;
     }
     if (!(flags & EVAL_DERIVS)) return 0;
@@ -211,12 +189,10 @@ MODEL(Competition2)
     const double e1 = guarded_pow(10, X - logx1);
     const double e2 = guarded_pow(10, X - logx2);
     if (runtime.range_error()) {
-        runtime.clear();
         dy[1] = 0.0;
         dy[2] = 1.0;
         dy[3] = dy[4] = dy[5] = 0.0;
-        y[1] = bottom;
-        return 0;
+        return saturated(y, bottom);
     }
     const double F = f / (e1 + 1) + (1 - f) / (e2 + 1);
     dy[1] = F;

@@ -31,11 +31,7 @@ MODEL(SGompertz)
     if (flags & EVAL_VALUE) {
         if (A <= 0 || rate <= 0) return missing_value(error, y);
         const double e = guarded_exp(-rate * (X - xc));
-        if (runtime.range_error()) {
-            runtime.clear();
-            y[1] = 0.0;
-            return 0;
-        }
+        if (runtime.range_error()) return saturated(y, 0.0);
         const double E = guarded_exp(-e);
         if (error.raised()) return missing_value(error, y);
         y[1] = E * A;
@@ -45,10 +41,8 @@ MODEL(SGompertz)
     if (A <= 0 || rate <= 0) return missing_values(error, y, dy, 1, 3);
     const double e = guarded_exp(-rate * (X - xc));
     if (runtime.range_error()) {
-        runtime.clear();
         dy[1] = dy[2] = dy[3] = 0.0;
-        y[1] = 0.0;
-        return 0;
+        return saturated(y, 0.0);
     }
     const double E = guarded_exp(-e);
     if (error.raised()) return missing_values(error, y, dy, 1, 3);
@@ -246,11 +240,7 @@ MODEL(SWeibull2)
     if (flags & EVAL_VALUE) {
         if (rate <= 0 || X <= 0) return missing_value(error, y);
         const double q = guarded_pow(X * rate, d);
-        if (runtime.range_error()) {
-            runtime.clear();
-            y[1] = A;
-            return 0;
-        }
+        if (runtime.range_error()) return saturated(y, A);
         const double E = guarded_exp(-q);
         if (error.raised()) return missing_value(error, y);
         y[1] = A - (A - B) * E;
@@ -263,11 +253,9 @@ MODEL(SWeibull2)
     }
     const double q = guarded_pow(X * rate, d);
     if (runtime.range_error()) {
-        runtime.clear();
         dy[1] = 1.0;
         dy[2] = dy[3] = dy[4] = 0.0;
-        y[1] = A;
-        return 0;
+        return saturated(y, A);
     }
     const double E = guarded_exp(-q);
     if (error.raised()) {

@@ -34,11 +34,7 @@ MODEL(Hill)
             return 0;
         }
         const double e = guarded_pow(K / X, n);
-        if (runtime.range_error()) {
-            runtime.clear();
-            y[1] = 0.0;
-            return 0;
-        }
+        if (runtime.range_error()) return saturated(y, 0.0);
         if (runtime.domain_error()) return missing_value(error, y);
         y[1] = Vmax / (e + 1);
     }
@@ -83,11 +79,7 @@ MODEL(Hill1)
             return 0;
         }
         const double e = guarded_pow(K / X, n);
-        if (runtime.range_error()) {
-            runtime.clear();
-            y[1] = start;
-            return 0;
-        }
+        if (runtime.range_error()) return saturated(y, start);
         if (runtime.domain_error()) return missing_value(error, y);
         y[1] = (end - start) / (e + 1) + start;
     }
