@@ -71,6 +71,15 @@ inline int32_t missing_values(const ErrorVariable &error, double *y, double *dy,
     return missing_values(y, dy, first, last);
 }
 
+/// Leaves a derivative step in which a logarithm failed: that costs dy[entry] alone, the value and the other
+/// entries stay. It is errno that is reset, whichever error variable told of the error.
+inline int32_t missing_derivative(double *dy, int entry)
+{
+    ErrorVariable::runtime().clear();
+    dy[entry] = MISSING_VALUE;
+    return 1;
+}
+
 /// Leaves a call whose exponential or power is out of range with the limit of the curve, as a success. It is errno
 /// that is reset, whichever error variable told of the overflow.
 inline int32_t saturated(double *y, double limit)

@@ -6,18 +6,6 @@
 #include "frame/evaluation.h"
 
 namespace curvebank {
-namespace {
-
-/// Leaves a derivative step in which a logarithm failed: it costs the shape's entry alone, value and other entries
-/// stay. Only a runtime that reports the logarithm of a NaN can get here.
-int32_t shape_missing(double *dy, int entry)
-{
-    ErrorVariable::runtime().clear();
-    mark_missing(dy, entry, entry);
-    return 1;
-}
-
-}  // namespace
 
 /// Gompertz growth (Gompertz, 1825).
 ///     y = A·exp(-exp(-rate·(X - xc)))          p = (A, xc, rate)
@@ -88,7 +76,7 @@ MODEL(Richards)
     dy[2] = v;
     dy[3] = v * X;
     dy[4] = -std::log(B);
-    if (error.raised()) return shape_missing(dy, 4);
+    if (error.raised()) return missing_derivative(dy, 4);
     dy[4] = (dy[4] - t * e / B) * y[1];
     return 0;
 }
@@ -138,9 +126,9 @@ MODEL(SRichards1)
         dy[2] = g * rate;
     }
     dy[3] = std::log(B) / (1 - d);
-    if (error.raised()) return shape_missing(dy, 3);
+    if (error.raised()) return missing_derivative(dy, 3);
     dy[3] = dy[3] - std::log(A) * level / B;
-    if (error.raised()) return shape_missing(dy, 3);
+    if (error.raised()) return missing_derivative(dy, 3);
     dy[3] = dy[3] * y[1] / (1 - d);
     return 0;
 }

@@ -6,17 +6,6 @@
 #include "frame/evaluation.h"
 
 namespace curvebank {
-namespace {
-
-/// Leaves a derivative step that ends with an error: it costs the coefficient's entry alone, and the value stays.
-int32_t coefficient_missing(double *dy, int entry)
-{
-    ErrorVariable::runtime().clear();
-    mark_missing(dy, entry, entry);
-    return 1;
-}
-
-}  // namespace
 
 /// Hill curve (Hill, 1910).
 ///     y = Vmax / (1 + (K/X)^n)          p = (Vmax, K, n)
@@ -58,7 +47,7 @@ MODEL(Hill)
     const double v = -e * y[1] * s;
     dy[3] = std::log(K / X) * v;
     dy[2] = (n / K) * v;
-    if (error.raised()) return coefficient_missing(dy, 3);
+    if (error.raised()) return missing_derivative(dy, 3);
     return 0;
 }
 
@@ -104,7 +93,7 @@ MODEL(Hill1)
     const double v = (end - start) * (-e) * s * s;
     dy[4] = std::log(K / X) * v;
     dy[3] = (n / K) * v;
-    if (error.raised()) return coefficient_missing(dy, 4);
+    if (error.raised()) return missing_derivative(dy, 4);
     return 0;
 }
 

@@ -1,0 +1,37 @@
+// The commands of the program, each printing to stdout. All throw Error.
+
+#pragma once
+
+#include <string>
+
+#include "host/library.h"
+
+namespace curvebank::host {
+
+constexpr int exit_not_converged = 2, exit_too_few_digits = 3;
+
+/// The models with that text in name or title, a line each.
+void list(const Library &library, const std::string &filter);
+
+/// All about one model.
+void show(const Library &library, const std::string &name);
+
+struct EvalOptions {
+    std::string model, parameters, x, table, columns;
+    int nparams = 0;
+    bool derivatives = false, csv = false;
+};
+
+/// Value, shares of terms and derivatives at given points.
+void eval(const Library &library, const EvalOptions &options);
+
+struct FitCommand {
+    std::string model, table, columns, weights, start, fix, lower, upper, plot, csv, certified;
+    int nparams = 0, max_iterations = 1000;
+    double confidence = 0.95, digits = 0;
+};
+
+/// A least-squares fit to a table. Returns the program's exit code.
+int fit(const Library &library, const FitCommand &command);
+
+}  // namespace curvebank::host

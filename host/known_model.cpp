@@ -1,0 +1,50 @@
+#include "host/known_model.h"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include "host/error.h"
+
+namespace curvebank::host {
+
+KnownModel find_model(const Library &library, const std::string &name)
+{
+    const ModelReference *about = find_reference(name);
+    Model model = library.find(name);
+    if (!model.function && about && about->export_only)
+        model = {library.exported(about->name), 1, 1, static_cast<int>(about->parameters.size())};
+    if (!model.function || !about) {
+        const std::vector<std::string> nearest = nearest_names(name);
+        throw Error(fmt::format("no model is called {}{}{}", name,
+                                nearest.empty() ? "; try curvebank list" : "; did you mean ",
+                                fmt::join(nearest, ", ")));
+    }
+    return {model, about};
+}
+
+const ExportedModel *find_export(const std::string &catalogue_name)
+{
+    for (const ExportedModel &entry : exported_models())
+        if ((entry.catalogue_name.empty() ? entry.name : entry.catalogue_name) == catalogue_name) return &entry;
+    return nullptr;
+}
+
+Shape shape(const KnownModel &known, int wanted)
+{
+    const ModelReference &about = *known.about;
+    if (about.placeholder) throw Error(about.name + " is a placeholder: it computes nothing");
+    const int usual = std::max(static_cast<int>(about.sample_parameters.size()), known.model.nParams);
+    const int count = wanted > 0 ? wanted : usual;
+    const auto names = about.names(count);
+    if (about.repeated.empty() ? count != usual : static_cast<int>(names.size()) != count) {
+        throw Error(about.repeated.empty()
+                        ? fmt::format("{} takes {} parameters, not {}", about.name, usual, count)
+                        : fmt::format("{} takes {} parameters and {} for every term; {} do not fit", about.name,
+                                      about.parameters.size(), about.repeated.size(), count));
+    }
+    return {about.repeated.empty() ? known.model.nParams : count, names};
+}
+
+}  // namespace curvebank::host
