@@ -84,9 +84,10 @@ std::vector<double> parse_range(const std::string &text, const std::string &opti
     if (parts.size() != 3) throw Error(option + " takes start:end:step or a list of numbers, not " + text);
     const double start = parse_number(parts[0], option), end = parse_number(parts[1], option),
                  step = parse_number(parts[2], option);
-    const double count = std::floor((end - start) / step * (1 + 1e-12) + 1e-9) + 1;
-    if (!(count >= 1 && count <= 1e7)) throw Error(option + ": " + text + " is no range of 1 to 10 million points");
-    for (double i = 0; i < count; ++i) x.push_back(start + i * step);
+    // The end counts as reached where the steps miss it by their rounding only.
+    const double steps = std::floor((end - start) / step * (1 + 1e-12) + 1e-9);
+    if (!(steps >= 0 && steps < 1e7)) throw Error(option + ": " + text + " is no range of 1 to 10 million points");
+    for (int i = 0; i <= static_cast<int>(steps); ++i) x.push_back(start + i * step);
     return x;
 }
 

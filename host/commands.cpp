@@ -191,7 +191,8 @@ void eval(const Library &library, const EvalOptions &options)
     const KnownModel known = find_model(library, options.model);
     const auto count = static_cast<int>(split(options.parameters, ',').size());
     const bool by_name = options.parameters.find('=') != std::string::npos;
-    const auto [nParams, parameters] = shape(known, by_name ? options.nparams : count);
+    const Shape called = shape(known, by_name ? options.nparams : count);
+    const std::vector<ParameterReference> &parameters = called.parameters;
     std::vector<double> p(parameters.size());
     const std::vector<bool> set = assign(options.parameters, "--params", parameters, p);
     for (size_t i = 0; i < set.size(); ++i)
@@ -217,7 +218,7 @@ void eval(const Library &library, const EvalOptions &options)
         }
     };
 
-    Evaluator evaluator(known.model, nParams, static_cast<int>(width));
+    Evaluator evaluator(known.model, called.nParams, static_cast<int>(width));
     std::vector<double> y(points);
     evaluator.values(p, x, y);
     result.names.push_back("y");

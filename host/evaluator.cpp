@@ -21,7 +21,7 @@ double output(double value)
 Evaluator::Evaluator(const Model &model, int nParams, int parameters)
     : model_(model), nParams_(nParams), parameters_(parameters)
 {
-    const auto room = static_cast<size_t>(2 * std::max(nParams, parameters) + 16);
+    const size_t room = 2 * static_cast<size_t>(std::max(nParams, parameters)) + 16;
     p_.resize(room);
     x_.resize(static_cast<size_t>(model.nIndep) + 4);
     y_.resize(room);

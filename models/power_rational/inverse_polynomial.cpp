@@ -38,8 +38,8 @@ MODEL(InvsPoly)
         if (nParams < 1) return missing_value(error, y);
         y[1] = y0;
         for (int k = 0; k < peaks; ++k) {
-            const double *peak = p + 2 + peak_size * k;
-            const double xc = peak[0], w = peak[1], A = peak[2], A1 = peak[3], A2 = peak[4], A3 = peak[5];
+            const int b = 2 + peak_size * k;
+            const double xc = p[b], w = p[b + 1], A = p[b + 2], A1 = p[b + 3], A2 = p[b + 4], A3 = p[b + 5];
             if (A == 0) continue;
             if (w <= 0) return missing_value(error, y);
             const double z = 2 * (X - xc) / w, s = z * z;
