@@ -300,9 +300,11 @@ void fill_statistics(Problem &problem, const Data &data, const std::vector<size_
     }
     mean /= weight_sum;
     for (size_t r = 0; r < points; ++r) total += std::pow(problem.root_weight(r) * (data.y[r] - mean), 2);
-    result.r_squared = 1 - result.sum_of_squares / total;
+    constexpr double none = std::numeric_limits<double>::quiet_NaN();
+    result.r_squared = total > 0 ? 1 - result.sum_of_squares / total : none;
     result.degrees_of_freedom = static_cast<int>(points - over.size());
-    result.residual_sd = std::sqrt(result.sum_of_squares / result.degrees_of_freedom);
+    result.residual_sd =
+        result.degrees_of_freedom > 0 ? std::sqrt(result.sum_of_squares / result.degrees_of_freedom) : none;
 
     const auto linear = linearise(problem, over);
     result.dependent = !linear || !linear->full_rank();

@@ -1,5 +1,6 @@
 // The command-line program: reads the command line and runs one command.
 
+#include <csignal>
 #include <cstdio>
 
 #include <fmt/format.h>
@@ -81,6 +82,7 @@ int run(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
+    std::signal(SIGPIPE, SIG_IGN);      // a gnuplot that ends early is reported, not died of
     FLAGS_minloglevel = google::FATAL;  // the solver's own remarks are not for the user
     google::InitGoogleLogging(argv[0]);
     try {

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <filesystem>
 
+#include <sys/wait.h>
+
 #include <fmt/format.h>
 
 #include "host/error.h"
@@ -65,10 +67,14 @@ void draw(const FitPlot &plot, const std::string &file)
         "$residuals with points pt 7 ps 0.5 lc rgb '#444444' notitle");
     line("unset multiplot");
 
-    FILE *gnuplot = popen("gnuplot", "w");
+    constexpr int not_found = 127;
+    FILE *gnuplot = popen("command -v gnuplot >/dev/null || exit 127; exec gnuplot", "w");
     if (!gnuplot) throw Error("cannot start gnuplot");
     std::fwrite(script.data(), 1, script.size(), gnuplot);
-    if (pclose(gnuplot) != 0) throw Error("gnuplot could not draw " + file);
+    const int status = pclose(gnuplot);
+    if (WIFEXITED(status) && WEXITSTATUS(status) == not_found)
+        throw Error("a plot needs gnuplot, which is not installed");
+    if (status != 0) throw Error("gnuplot could not draw " + file);
 }
 
 }  // namespace curvebank::host

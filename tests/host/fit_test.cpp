@@ -72,6 +72,19 @@ TEST_CASE("a straight line: all statistics against the closed form")
     CHECK(result.residuals[0] == doctest::Approx(-0.3));
 }
 
+TEST_CASE("as many points as parameters: a fit without statistics")
+{
+    Setup line("Line", {0, 0});
+    line.add(1, 2);
+    line.add(2, 2);
+    const FitResult result = line.run();
+    CHECK(result.converged);
+    CHECK(result.parameters[0].value == doctest::Approx(2));
+    CHECK(std::isnan(result.residual_sd));
+    CHECK(std::isnan(result.r_squared));
+    CHECK(std::isnan(result.parameters[0].standard_error));
+}
+
 TEST_CASE("weights count like repeated points")
 {
     Setup weighted("Line", {0, 0}), repeated("Line", {0, 0});

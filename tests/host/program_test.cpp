@@ -122,6 +122,10 @@ TEST_CASE("no library, a wrong library, a fit that ends too early, digits that a
     CHECK((none.exit_code == 1 && contains(none, "curvebank: cannot load the library: /no/such/library.so")));
     CHECK((wrong.exit_code == 1 && contains(wrong, "libm.so.6 is not a Curvebank library")));
 
+    const Run plot =
+        run("fit Line '" EXAMPLES "/pontius.csv' --plot '" + temporary("none.png") + "'", "PATH=/nowhere");
+    CHECK((plot.exit_code == 1 && contains(plot, "Converged")));
+    CHECK(contains(plot, "curvebank: a plot needs gnuplot, which is not installed"));
     const Run early = run("fit InvsPoly '" EXAMPLES "/filip.csv' --max-iterations 1");
     CHECK(
         (early.exit_code == 2 && contains(early, "NOT CONVERGED") && contains(early, "the fit did not converge")));
