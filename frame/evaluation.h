@@ -71,7 +71,7 @@ inline int32_t missing_values(const ErrorVariable &error, double *y, double *dy,
     return missing_values(y, dy, first, last);
 }
 
-/// Leaves a derivative step in which a logarithm failed: that costs dy[entry] alone, the value and the other
+/// Leaves a derivative step that fails late: that costs dy[entry] alone, the value and the other
 /// entries stay. It is errno that is reset, whichever error variable told of the error.
 inline int32_t missing_derivative(double *dy, int entry)
 {

@@ -114,11 +114,7 @@ MODEL(Asymptotic4)
     dy[3] = Q;
     dy[2] = (X / b) * (y0 - a) * Q;
     y[1] = a + (y0 - a) * Q;
-    if (error.raised()) {
-        ErrorVariable::runtime().clear();
-        mark_missing(dy, 2, 2);
-        return 1;
-    }
+    if (error.raised()) return missing_derivative(dy, 2);
     return 0;
 }
 

@@ -83,6 +83,18 @@ TEST_SUITE("contract")
         CHECK(finite == -1e308);
     }
 
+    TEST_CASE("math errors inside the library arrive in the errno of the host")
+    {
+        test::Call exponential("ExpGro1", {0, 1, 1}, {800}), power("Exp2P", {1, 10}, {400}),
+            domain("SWeibull1", {1, 2, 0.5, 1}, {1});
+        CHECK((exponential.run(EVAL_VALUE | EVAL_USE_ERRPTR) == 0 && exponential.y[1] == infinity));
+        CHECK(exponential.runtime_code == 34);
+        CHECK((power.run(EVAL_VALUE | EVAL_USE_ERRPTR) == 0 && power.y[1] == infinity));
+        CHECK(power.runtime_code == 34);
+        CHECK((domain.run(EVAL_VALUE | EVAL_USE_ERRPTR) == 0 && std::isnan(domain.y[1])));
+        CHECK(domain.runtime_code == 33);
+    }
+
     TEST_CASE("the error variable is errno unless the call brings its own")
     {
         int32_t own = 34;
