@@ -17,6 +17,7 @@ Expression::Expression(const std::string &text) : parser_(std::make_unique<Parse
 {
     mu::Parser &parser = parser_->parser;
     parser.DefineFun("erf", static_cast<double (*)(double)>(std::erf));
+    parser.DefineFun("floor", static_cast<double (*)(double)>(std::floor));
     parser.DefineFun("gamma", static_cast<double (*)(double)>(std::tgamma));
     parser.DefineFun("lgamma", static_cast<double (*)(double)>(std::lgamma));
     parser.DefineConst("pi", 3.141592653589793);

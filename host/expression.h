@@ -8,7 +8,7 @@
 
 namespace curvebank::host {
 
-/// An expression of named variables. Besides the parser's own functions it knows erf, gamma, lgamma and pi.
+/// An expression of named variables. Besides the parser's own functions it knows erf, floor, gamma, lgamma and pi.
 /// Throws Error where the text cannot be understood.
 class Expression {
 public:

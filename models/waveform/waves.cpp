@@ -1,5 +1,6 @@
 // Periodic curves: the sine and its square, a damped sine, a sawtooth and two square waves.
 //
+// An infinite argument of a sine puts the domain error into errno, so a sine has its place among the error tests.
 // Every failure clears the error variable of the call. A failed value step ends the call with dy unwritten. The
 // sines answer queries, before EVAL_INIT. The sawtooth and the square waves mark y alone when they fail, and write
 // the value on derivative calls too.
@@ -10,12 +11,6 @@ namespace curvebank {
 namespace {
 
 constexpr double pi = 3.141592653589793;
-
-// An infinite argument puts the domain error into errno, so a sine has its place among the error tests. Compilers
-// hold sine and cosine to be free of effects: they move them past a test, or make one call of another function out
-// of the two. Through pointers that have to be read, they stay calls where they are written.
-double (*const volatile sine)(double) = std::sin;
-double (*const volatile cosine)(double) = std::cos;
 
 }  // namespace
 
@@ -31,15 +26,15 @@ MODEL(Sine)
 
     if (flags & EVAL_VALUE) {
         if (w == 0) return missing_value(error, y);
-        y[1] = y0 + sine((X - xc) * pi / w) * A;
+        y[1] = y0 + std::sin((X - xc) * pi / w) * A;
     }
     if (!(flags & EVAL_DERIVS)) return 0;
 
     if (w == 0) return missing_values(error, y, dy, 1, 4);
     const double a = (X - xc) * pi / w;
-    const double s = sine(a);
+    const double s = std::sin(a);
     dy[4] = s;
-    dy[2] = cosine(a) * (-A * pi) / w;
+    dy[2] = std::cos(a) * (-A * pi) / w;
     dy[3] = (X - xc) * dy[2] / w;
     dy[1] = 1.0;
     y[1] = y0 + s * A;
@@ -58,7 +53,7 @@ MODEL(SineSqr)
 
     if (flags & EVAL_VALUE) {
         if (w == 0) return missing_value(error, y);
-        const double s = sine((X - xc) * pi / w);
+        const double s = std::sin((X - xc) * pi / w);
         if (error.raised()) return missing_value(error, y);
         y[1] = y0 + s * A * s;
     }
@@ -66,10 +61,10 @@ MODEL(SineSqr)
 
     if (w == 0) return missing_values(error, y, dy, 1, 4);
     const double a = (X - xc) * pi / w;
-    const double s = sine(a);
+    const double s = std::sin(a);
     if (error.raised()) return missing_values(error, y, dy, 1, 4);
     dy[4] = s * s;
-    dy[2] = cosine(a) * (A * -2 * pi) * s / w;
+    dy[2] = std::cos(a) * (A * -2 * pi) * s / w;
     dy[3] = (X - xc) * dy[2] / w;
     dy[1] = 1.0;
     y[1] = y0 + s * s * A;
@@ -90,7 +85,7 @@ MODEL(SineDamp)
     if (flags & EVAL_VALUE) {
         if (t0 == 0 || w == 0) return missing_value(error, y);
         const double e = guarded_exp(-X / t0);
-        const double s = sine((X - xc) * pi / w);
+        const double s = std::sin((X - xc) * pi / w);
         if (error.raised()) return missing_value(error, y);
         y[1] = y0 + s * (e * A);
     }
@@ -100,9 +95,9 @@ MODEL(SineDamp)
     const double e = guarded_exp(-X / t0);
     if (error.raised()) return missing_values(error, y, dy, 1, 5);
     const double a = (X - xc) * pi / w;
-    dy[5] = sine(a) * e;
+    dy[5] = std::sin(a) * e;
     dy[4] = dy[5] * A * X / t0 / t0;
-    dy[2] = cosine(a) * (-A * e * pi) / w;
+    dy[2] = std::cos(a) * (-A * e * pi) / w;
     dy[3] = (X - xc) * dy[2] / w;
     dy[1] = 1.0;
     y[1] = y0 + dy[5] * A;
