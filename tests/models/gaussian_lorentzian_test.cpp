@@ -12,7 +12,7 @@ TEST_SUITE("gaussian lorentzian")
 
     TEST_CASE("derivatives are the exact partials; the split Gaussian keeps that of the width in use for the first")
     {
-        for (const char *name : {"Gauss", "GaussAmp", "Lorentz"})
+        for (const std::string name : {"Gauss", "GaussAmp", "Lorentz"})
             check_derivatives(name, {1, 2, 1.5, 3, 4, 0.75, -2}, {-1, 1.5, 2, 4});
         check_derivatives("Gaussian", {1, 2, 3, 1.5}, {-1, 1.5, 2, 4});
         check_derivatives("BiGaussian", {1, 2, 3, 0.5, 1.25}, {0.5, 1.5}, {5});
@@ -21,7 +21,7 @@ TEST_SUITE("gaussian lorentzian")
 
     TEST_CASE("peaks are counted by nParams, and each has its share")
     {
-        for (const char *name : {"Gauss", "GaussAmp", "Lorentz"}) {
+        for (const std::string name : {"Gauss", "GaussAmp", "Lorentz"}) {
             Call call(name, {1, 2, 1.5, 3, 4, 0.75, -2}, {2.5}), second(name, {0, 4, 0.75, -2}, {2.5});
             CHECK((call.run(D) + second.run(D) == 0 && call.y[3] == second.y[1]));
             call.nParams = 6;
@@ -70,7 +70,7 @@ TEST_SUITE("gaussian lorentzian")
 
     TEST_CASE("queries come before initialisation, which the split Gaussian answers by 0")
     {
-        for (const char *name : {"GaussAmp", "Gaussian", "BiGaussian", "Lorentz"}) {
+        for (const std::string name : {"GaussAmp", "Gaussian", "BiGaussian", "Lorentz"}) {
             Call call(name, {1, 2, 1, 3, 1}, {2});
             CHECK((call.run(EVAL_QUERY | EVAL_INIT | V) == QUERY_REPLY && !call.dy_untouched(0, 0)));
             CHECK((call.run(EVAL_INIT | V | D) == (name != std::string("BiGaussian")) && call.nothing_written()));
