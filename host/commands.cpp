@@ -107,11 +107,9 @@ std::vector<double> read_certified(const std::string &file, size_t count)
     return values;
 }
 
-void plot_fit(const FitCommand &command, Evaluator &evaluator, const FitResult &result,
-              const ReportContext &context, const Data &data, int terms)
+void plot_fit(const FitCommand &command, Evaluator &evaluator, const std::vector<double> &p,
+              const FitResult &result, const ReportContext &context, const Data &data, int terms)
 {
-    std::vector<double> p;
-    for (const auto &estimate : result.parameters) p.push_back(estimate.value);
     const auto [low, high] = std::minmax_element(data.x[0].begin(), data.x[0].end());
     constexpr size_t points = 400;
     Variables grid(1);
@@ -127,12 +125,10 @@ void plot_fit(const FitCommand &command, Evaluator &evaluator, const FitResult &
     plot.curve = {"fit", grid[0], std::vector<double>(points)};
     evaluator.values(p, grid, plot.curve.y);
     if (terms > 1) {
-        std::vector<double> rows(points * static_cast<size_t>(terms));
-        evaluator.contributions(p, grid, terms, rows);
-        for (size_t k = 0; k < static_cast<size_t>(terms); ++k) {
-            Series &series = plot.terms.emplace_back(Series{fmt::format("term {}", k + 1), grid[0], {}});
-            for (size_t i = 0; i < points; ++i) series.y.push_back(rows[i * static_cast<size_t>(terms) + k]);
-        }
+        Shares shares{terms, std::vector<double>(points * static_cast<size_t>(terms))};
+        evaluator.contributions(p, grid, terms, shares.rows);
+        for (int k = 0; k < terms; ++k)
+            plot.terms.push_back({fmt::format("term {}", k + 1), grid[0], shares.of_term(k)});
     }
     draw(plot, command.plot);
 }
@@ -249,16 +245,17 @@ int fit(const Library &library, const FitCommand &command)
     Evaluator evaluator(known.model, nParams, static_cast<int>(parameters.size()));
 
     const FitResult result = fit(evaluator, *known.about, data, options);
-    fmt::print("{}", fit_report(result, context));
-
-    const int terms = known.about->contributions ? known.about->terms(static_cast<int>(parameters.size())) : 0;
-    if (!command.csv.empty()) {
-        std::vector<double> p, rows(data.y.size() * static_cast<size_t>(terms));
-        for (const auto &estimate : result.parameters) p.push_back(estimate.value);
-        if (terms > 0) evaluator.contributions(p, data.x, terms, rows);
-        write_table(command.csv, fit_table(result, context, data, rows, terms));
+    std::vector<double> p;
+    for (const auto &estimate : result.parameters) p.push_back(estimate.value);
+    Shares shares;
+    if (known.about->contributions) {
+        shares.terms = known.about->terms(static_cast<int>(p.size()));
+        shares.rows.resize(data.y.size() * static_cast<size_t>(shares.terms));
+        evaluator.contributions(p, data.x, shares.terms, shares.rows);
     }
-    if (!command.plot.empty()) plot_fit(command, evaluator, result, context, data, terms);
+    fmt::print("{}", fit_report(result, context, data, shares));
+    if (!command.csv.empty()) write_table(command.csv, fit_table(result, context, data, shares));
+    if (!command.plot.empty()) plot_fit(command, evaluator, p, result, context, data, shares.terms);
     if (!result.converged) {
         fmt::print(stderr, "curvebank: the fit did not converge\n");
         return exit_not_converged;

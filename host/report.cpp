@@ -15,6 +15,12 @@ std::string digits(double value, int count)
     return std::isnan(value) ? "-" : fmt::format("{:.{}g}", value, count);
 }
 
+/// Orders by absolute value; a NaN is smaller than any number.
+bool smaller_in_size(double a, double b)
+{
+    return std::isnan(a) ? !std::isnan(b) : std::fabs(a) < std::fabs(b);
+}
+
 std::string note(const ParameterEstimate &estimate)
 {
     if (estimate.fixed) return "fixed";
@@ -38,7 +44,16 @@ std::string derivatives(const FitResult &result, const ReportContext &context)
 
 }  // namespace
 
-std::string fit_report(const FitResult &result, const ReportContext &context)
+std::vector<double> Shares::of_term(int term) const
+{
+    std::vector<double> values;
+    for (auto i = static_cast<size_t>(term); i < rows.size(); i += static_cast<size_t>(terms))
+        values.push_back(rows[i]);
+    return values;
+}
+
+std::string fit_report(const FitResult &result, const ReportContext &context, const Data &data,
+                       const Shares &shares)
 {
     std::string text = fmt::format("{}: {}\n    {} = {}\n\n", context.model->name, context.model->title,
                                    context.y_name, context.model->text());
@@ -62,6 +77,14 @@ std::string fit_report(const FitResult &result, const ReportContext &context)
                 : fmt::format("{:>16} {:>17}", digits(estimate.lower, 8), digits(estimate.upper, 8));
         text += fmt::format("{:<{}}  {:>21}  {:>14}  {:>34}\n", context.parameters[i].name, width,
                             digits(estimate.value, 13), digits(estimate.standard_error, 6), range);
+    }
+    for (int k = 0; shares.terms > 1 && k < shares.terms; ++k) {
+        const std::vector<double> share = shares.of_term(k);
+        const auto largest = std::max_element(share.begin(), share.end(), smaller_in_size);
+        if (k == 0) text += "\n";
+        text +=
+            fmt::format("{:<28}largest share {} at {} = {}\n", fmt::format("Term {}", k + 1), digits(*largest, 6),
+                        context.x_name, digits(data.x[0][static_cast<size_t>(largest - share.begin())], 6));
     }
     const auto line = [&text](const char *label, const std::string &value) {
         text += fmt::format("{:<28}{}\n", label, value);
@@ -94,8 +117,7 @@ Comparison compare(const FitResult &result, const ReportContext &context, const 
     return comparison;
 }
 
-Table fit_table(const FitResult &result, const ReportContext &context, const Data &data,
-                const std::vector<double> &contributions, int terms)
+Table fit_table(const FitResult &result, const ReportContext &context, const Data &data, const Shares &shares)
 {
     Table table;
     table.names = {context.x_name, context.y_name};
@@ -106,11 +128,9 @@ Table fit_table(const FitResult &result, const ReportContext &context, const Dat
     }
     table.names.insert(table.names.end(), {"fitted", "residual"});
     table.columns.insert(table.columns.end(), {result.fitted, result.residuals});
-    for (int k = 0; k < terms; ++k) {
+    for (int k = 0; k < shares.terms; ++k) {
         table.names.push_back(fmt::format("term{}", k + 1));
-        std::vector<double> &column = table.columns.emplace_back();
-        for (size_t r = 0; r < data.y.size(); ++r)
-            column.push_back(contributions[r * static_cast<size_t>(terms) + static_cast<size_t>(k)]);
+        table.columns.push_back(shares.of_term(k));
     }
     return table;
 }

@@ -18,7 +18,16 @@ struct ReportContext {
     size_t skipped_rows = 0;
 };
 
-std::string fit_report(const FitResult &result, const ReportContext &context);
+/// What each of several terms contributes at the points of the data.
+struct Shares {
+    int terms = 0;
+    std::vector<double> rows;  ///< terms values a point
+
+    std::vector<double> of_term(int term) const;
+};
+
+std::string fit_report(const FitResult &result, const ReportContext &context, const Data &data,
+                       const Shares &shares);
 
 /// Certified parameters beside the found ones, and the number of digits on which they agree.
 struct Comparison {
@@ -28,7 +37,6 @@ struct Comparison {
 Comparison compare(const FitResult &result, const ReportContext &context, const std::vector<double> &certified);
 
 /// The data with the fitted values, the residuals and each term's share.
-Table fit_table(const FitResult &result, const ReportContext &context, const Data &data,
-                const std::vector<double> &contributions, int terms);
+Table fit_table(const FitResult &result, const ReportContext &context, const Data &data, const Shares &shares);
 
 }  // namespace curvebank::host

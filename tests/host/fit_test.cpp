@@ -146,6 +146,19 @@ TEST_CASE("two peaks, fixed parameters and bounds")
     }
     CHECK(result.degrees_of_freedom == 80 - 7);
 
+    // Two overlapping peaks of certified data.
+    const Table table = read_table(EXAMPLES "/gauss1_peaks.csv"),
+                certified = read_table(EXAMPLES "/gauss1_peaks_certified.csv");
+    for (const size_t start : {2, 3}) {
+        Setup gauss("Gauss", certified.columns[start]);
+        gauss.data = {{table.columns[0]}, table.columns[1], {}};
+        gauss.options.fixed.assign(7, false);
+        gauss.options.fixed[0] = true;
+        const FitResult found = gauss.run();
+        for (size_t i = 0; i < 7; ++i)
+            CHECK(found.parameters[i].value == doctest::Approx(certified.columns[1][i]).epsilon(1e-9));
+    }
+
     peaks.options.lower.assign(truth.size(), -infinity);
     peaks.options.upper.assign(truth.size(), infinity);
     peaks.options.upper[3] = 2.5;
