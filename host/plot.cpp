@@ -51,11 +51,13 @@ void draw(const FitPlot &plot, const std::string &file)
     line("set key noenhanced above right horizontal maxrows 1");
     line(fmt::format("set title {} noenhanced\nset ylabel {} noenhanced", quoted(plot.title), quoted(plot.y_name)));
     line("set size 1,0.69\nset origin 0,0.31\nset bmargin 1\nset format x ''");
-    std::string curves =
-        fmt::format("plot $data with points pt 7 ps 0.6 lc rgb '#444444' title {}", quoted(plot.data.title));
+    std::string curves = "plot ";
     for (size_t k = 0; k < plot.terms.size(); ++k)
-        curves += fmt::format(", $term{} with lines dt 2 lw 1.5 title {}", k + 1, quoted(plot.terms[k].title));
-    line(curves + fmt::format(", $curve with lines lw 2 lc rgb '#c03030' title {}", quoted(plot.curve.title)));
+        curves += fmt::format("$term{} with filledcurves y=0 fs transparent solid 0.35 noborder title {}, ", k + 1,
+                              quoted(plot.terms[k].title));
+    line(curves + fmt::format("$data with points pt 7 ps 0.6 lc rgb '#444444' title {}, "
+                              "$curve with lines lw 2 lc rgb '#c03030' title {}",
+                              quoted(plot.data.title), quoted(plot.curve.title)));
     line("set xrange [GPVAL_X_MIN:GPVAL_X_MAX]\nunset title");
     line(
         "set size 1,0.31\nset origin 0,0\nset tmargin 0.6\nset bmargin 3.5\nset format x\nset xzeroaxis lt 1 lc "
