@@ -1,6 +1,7 @@
 #include "host/commands.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cmath>
 #include <cstdio>
@@ -34,34 +35,46 @@ std::string aligned_text(const Table &table)
     return text;
 }
 
-/// Takes the usable rows of the table: all cells there and, where weights are given, positive ones.
-Data read_data(const FitCommand &command, ReportContext &context)
+/// Takes the usable rows of the table: all cells there and, where weights are given, positive ones. The columns are
+/// those of the independent variables, then of the dependent ones; an implicit model has only the former.
+Data read_data(const FitCommand &command, const KnownModel &known, ReportContext &context)
 {
     const Table table = read_table(command.table);
-    std::vector<std::string> names =
-        command.columns.empty() ? std::vector<std::string>{"1", "2"} : split(command.columns, ',');
-    if (names.size() != 2) throw Error("--columns takes two names, x and y");
-    if (!command.weights.empty()) names.push_back(command.weights);
+    const auto variables = static_cast<size_t>(known.model.nIndep);
+    const size_t outputs = known.about->implicit ? 0 : static_cast<size_t>(known.model.nDep);
+    std::vector<std::string> names;
+    if (command.columns.empty())
+        for (size_t i = 1; i <= variables + outputs; ++i) names.push_back(std::to_string(i));
+    else
+        names = split(command.columns, ',');
+    if (names.size() != variables + outputs)
+        throw Error(
+            fmt::format("--columns takes {} names for {}: the independent variables, then the dependent ones",
+                        variables + outputs, known.about->name));
     std::vector<size_t> columns;
     for (const std::string &name : names) columns.push_back(table.column(name));
     context.data_file = command.table;
-    context.x_name = table.names[columns[0]];
-    context.y_name = table.names[columns[1]];
-    if (!command.weights.empty()) context.weights_name = table.names[columns[2]];
+    for (size_t i = 0; i < columns.size(); ++i)
+        (i < variables ? context.x_names : context.y_names).push_back(table.names[columns[i]]);
+    if (!command.weights.empty()) {
+        columns.push_back(table.column(command.weights));
+        context.weights_name = table.names[columns.back()];
+    }
 
     Data data;
-    data.x.resize(1);
+    data.x.resize(variables);
     for (size_t row = 0; row < table.rows(); ++row) {
-        const bool complete = std::none_of(columns.begin(), columns.end(),
-                                           [&](size_t c) { return std::isnan(table.columns[c][row]); });
-        const bool usable = complete && (command.weights.empty() || table.columns[columns[2]][row] > 0);
+        const auto cell = [&](size_t i) { return table.columns[columns[i]][row]; };
+        bool usable = command.weights.empty() || cell(variables + outputs) > 0;
+        for (size_t i = 0; i < variables + outputs; ++i) usable = usable && !std::isnan(cell(i));
         if (!usable) {
             ++context.skipped_rows;
             continue;
         }
-        data.x[0].push_back(table.columns[columns[0]][row]);
-        data.y.push_back(table.columns[columns[1]][row]);
-        if (!command.weights.empty()) data.weights.push_back(table.columns[columns[2]][row]);
+        for (size_t i = 0; i < variables; ++i) data.x[i].push_back(cell(i));
+        for (size_t i = variables; i < variables + outputs; ++i) data.y.push_back(cell(i));
+        if (known.about->implicit) data.y.push_back(0.0);
+        if (!command.weights.empty()) data.weights.push_back(cell(variables + outputs));
     }
     return data;
 }
@@ -107,30 +120,165 @@ std::vector<double> read_certified(const std::string &file, size_t count)
     return values;
 }
 
-void plot_fit(const FitCommand &command, Evaluator &evaluator, const std::vector<double> &p,
-              const FitResult &result, const ReportContext &context, const Data &data, int terms)
+/// Evenly spaced points from the smallest to the largest value.
+std::vector<double> span_of(const std::vector<double> &values, size_t points, double margin = 0)
 {
-    const auto [low, high] = std::minmax_element(data.x[0].begin(), data.x[0].end());
-    constexpr size_t points = 400;
-    Variables grid(1);
+    const auto [low, high] = std::minmax_element(values.begin(), values.end());
+    const double width = *high - *low, start = *low - margin * width, length = (1 + 2 * margin) * width;
+    std::vector<double> x;
     for (size_t i = 0; i < points; ++i)
-        grid[0].push_back(*low + (*high - *low) * static_cast<double>(i) / (points - 1));
-    FitPlot plot;
-    plot.title = fmt::format("{} fitted to {}", context.model->name,
-                             std::filesystem::path(context.data_file).filename().string());
-    plot.x_name = context.x_name;
-    plot.y_name = context.y_name;
-    plot.data = {"data", data.x[0], data.y};
-    plot.residuals = {"residual", data.x[0], result.residuals};
-    plot.curve = {"fit", grid[0], std::vector<double>(points)};
-    evaluator.values(p, grid, plot.curve.y);
-    if (terms > 1) {
-        Shares shares{terms, std::vector<double>(points * static_cast<size_t>(terms))};
-        evaluator.contributions(p, grid, terms, shares.rows);
-        for (int k = 0; k < terms; ++k)
-            plot.terms.push_back({fmt::format("term {}", k + 1), grid[0], shares.of_term(k)});
+        x.push_back(start + length * static_cast<double>(i) / static_cast<double>(points - 1));
+    return x;
+}
+
+/// Every combination of the values of the axes, the first axis running fastest.
+Variables grid_of(const std::vector<std::vector<double>> &axes)
+{
+    size_t points = 1;
+    for (const auto &axis : axes) points *= axis.size();
+    Variables grid(axes.size(), std::vector<double>(points));
+    size_t stride = 1;
+    for (size_t i = 0; i < axes.size(); stride *= axes[i].size(), ++i)
+        for (size_t point = 0; point < points; ++point) grid[i][point] = axes[i][point / stride % axes[i].size()];
+    return grid;
+}
+
+std::vector<double> evaluate(Evaluator &evaluator, const std::vector<double> &p, const Variables &x)
+{
+    std::vector<double> y(x[0].size() * static_cast<size_t>(evaluator.outputs()));
+    evaluator.values(p, x, y);
+    return y;
+}
+
+Shares evaluate_shares(Evaluator &evaluator, const ModelReference &about, const std::vector<double> &p,
+                       const Variables &x)
+{
+    Shares shares;
+    if (!about.contributions) return shares;
+    shares.terms = about.terms(static_cast<int>(p.size()));
+    shares.rows.resize(x[0].size() * static_cast<size_t>(shares.terms));
+    evaluator.contributions(p, x, shares.terms, shares.rows);
+    return shares;
+}
+
+/// The model's curves of one variable and, where there are several, its terms.
+CurvePlot curve_plot(Evaluator &evaluator, const ModelReference &about, const std::vector<double> &p,
+                     const std::vector<double> &x, const std::vector<std::string> &titles)
+{
+    CurvePlot plot;
+    const std::vector<double> y = evaluate(evaluator, p, {x});
+    const auto outputs = static_cast<size_t>(evaluator.outputs());
+    for (size_t k = 0; k < outputs; ++k) plot.curves.push_back({titles[k], x, every(y, outputs, k)});
+    const Shares shares = evaluate_shares(evaluator, about, p, {x});
+    for (int k = 0; shares.terms > 1 && k < shares.terms; ++k)
+        plot.terms.push_back({fmt::format("term {}", k + 1), x, shares.of_term(k)});
+    return plot;
+}
+
+void plot_fit(const FitCommand &command, Evaluator &evaluator, const std::vector<double> &p,
+              const FitResult &result, const ReportContext &context, const Data &data)
+{
+    const ModelReference &about = *context.model;
+    const std::string title =
+        fmt::format("{} fitted to {}", about.name, std::filesystem::path(context.data_file).filename().string());
+    if (data.x.size() == 1) {
+        const size_t outputs = context.y_names.size();
+        std::vector<std::string> titles;
+        for (const std::string &name : context.y_names) titles.push_back(outputs > 1 ? "fit of " + name : "fit");
+        CurvePlot plot = curve_plot(evaluator, about, p, span_of(data.x[0], 400), titles);
+        plot.title = title;
+        plot.x_name = context.x_names[0];
+        plot.y_name = fmt::format("{}", fmt::join(context.y_names, ", "));
+        for (size_t k = 0; k < outputs; ++k) {
+            plot.data.push_back({outputs > 1 ? context.y_names[k] : "data", data.x[0], every(data.y, outputs, k)});
+            plot.residuals.push_back({"", data.x[0], every(result.residuals, outputs, k)});
+        }
+        draw(plot, command.plot);
+    } else if (data.x.size() == 2) {
+        const double margin = about.implicit ? 0.1 : 0;
+        SurfacePlot plot{title,
+                         context.x_names[0],
+                         context.x_names[1],
+                         about.implicit ? "" : context.y_names[0],
+                         span_of(data.x[0], 60, margin),
+                         span_of(data.x[1], 60, margin),
+                         {},
+                         data.x[0],
+                         data.x[1],
+                         data.y};
+        plot.z = evaluate(evaluator, p, grid_of({plot.x, plot.y}));
+        (about.implicit ? draw_zero_curve : draw_surface)(plot, command.plot);
+    } else {
+        throw Error("there are plots for one and for two independent variables only");
     }
-    draw(plot, command.plot);
+}
+
+std::string sample_range(const ModelReference &about)
+{
+    std::vector<std::string> ranges;
+    for (size_t i = 0; i < about.sample_ranges.size(); ++i)
+        ranges.push_back(fmt::format("{} from {} to {}", ModelReference::variables[i], about.sample_ranges[i][0],
+                                     about.sample_ranges[i][1]));
+    return fmt::format("{}", fmt::join(ranges, ", "));
+}
+
+/// The independent variables of eval: a grid of the given axes, or columns of a table.
+Table points_to_evaluate(const EvalOptions &options, const KnownModel &known)
+{
+    const auto variables = static_cast<size_t>(known.model.nIndep);
+    const std::array axes = {options.x, options.y, options.z};
+    const auto given = static_cast<size_t>(
+        std::count_if(axes.begin(), axes.end(), [](const auto &axis) { return !axis.empty(); }));
+    Table points;
+    if (given > 0) {
+        if (given != variables ||
+            std::any_of(axes.begin(), axes.begin() + given, [](const auto &axis) { return axis.empty(); }))
+            throw Error(fmt::format("{} has {} independent variables: give as many of --x, --y, --z",
+                                    known.about->name, variables));
+        std::vector<std::vector<double>> ranges;
+        for (size_t i = 0; i < variables; ++i) {
+            points.names.emplace_back(ModelReference::variables[i]);
+            ranges.push_back(parse_range(axes[i], fmt::format("--{}", points.names.back())));
+        }
+        points.columns = grid_of(ranges);
+        return points;
+    }
+    const Table table = read_table(options.table);
+    const std::vector<std::string> names =
+        options.columns.empty() ? std::vector<std::string>() : split(options.columns, ',');
+    if (!names.empty() && names.size() != variables)
+        throw Error(fmt::format("--columns takes {} names for {}", variables, known.about->name));
+    for (size_t i = 0; i < variables; ++i) {
+        const size_t column = table.column(names.empty() ? std::to_string(i + 1) : names[i]);
+        points.names.push_back(table.names[column]);
+        points.columns.push_back(table.columns[column]);
+    }
+    return points;
+}
+
+/// Draws a model over the span of the evaluated points.
+void plot_model(const EvalOptions &options, Evaluator &evaluator, const ModelReference &about,
+                const std::vector<double> &p, const Table &points)
+{
+    if (evaluator.variables() == 1) {
+        CurvePlot plot = curve_plot(evaluator, about, p, span_of(points.columns[0], 400), {"y", "y2"});
+        plot.title = about.name;
+        plot.x_name = points.names[0];
+        plot.y_name = "y";
+        draw(plot, options.plot);
+    } else if (evaluator.variables() == 2 && evaluator.outputs() == 1) {
+        SurfacePlot plot;
+        plot.title = about.name;
+        plot.x_name = points.names[0];
+        plot.y_name = points.names[1];
+        plot.z_name = "z";
+        plot.x = span_of(points.columns[0], 60);
+        plot.y = span_of(points.columns[1], 60);
+        plot.z = evaluate(evaluator, p, grid_of({plot.x, plot.y}));
+        (about.implicit ? draw_zero_curve : draw_surface)(plot, options.plot);
+    } else {
+        throw Error("there are plots for one and for two independent variables only");
+    }
 }
 
 }  // namespace
@@ -161,7 +309,12 @@ void show(const Library &library, const std::string &name)
         if (!text.empty()) fmt::print("{:<14}{}\n", label, text);
     };
     fmt::print("{}: {}\n\n", about->name, about->title);
-    line("Formula", (about->placeholder ? "" : "y = ") + about->text());
+    const char *value =
+        about->implicit ? "0" : ModelReference::variables[std::min(about->sample_ranges.size(), size_t{2})];
+    line("Formula", about->placeholder
+                        ? about->text()
+                        : fmt::format("{}{} = {}", value, about->second.empty() ? "" : "1", about->text()));
+    if (!about->second.empty()) line("", fmt::format("{}2 = {}", value, about->second));
     line("Domain", about->domain);
     line("Source", about->source);
     line("Variables", fmt::format("{} independent, {} dependent", model.nIndep, model.nDep));
@@ -178,8 +331,7 @@ void show(const Library &library, const std::string &name)
     for (const auto &[entry, what] : about->inexact)
         line("Derivatives", fmt::format("entry {} is {}", entry, what));
     if (!about->sample_parameters.empty())
-        line("Sample", fmt::format("{} for x from {} to {}", fmt::join(about->sample_parameters, ", "),
-                                   about->sample_range[0], about->sample_range[1]));
+        line("Sample", fmt::format("{} for {}", fmt::join(about->sample_parameters, ", "), sample_range(*about)));
 }
 
 void eval(const Library &library, const EvalOptions &options)
@@ -194,43 +346,31 @@ void eval(const Library &library, const EvalOptions &options)
     for (size_t i = 0; i < set.size(); ++i)
         if (!set[i]) throw Error("--params: no value for " + parameters[i].name);
 
-    Table result;
-    if (!options.x.empty()) {
-        result.names = {"x"};
-        result.columns = {parse_range(options.x, "--x")};
-    } else {
-        const Table table = read_table(options.table);
-        const size_t column = table.column(options.columns.empty() ? "1" : options.columns);
-        result.names = {table.names[column]};
-        result.columns = {table.columns[column]};
-    }
+    Table result = points_to_evaluate(options, known);
     const Variables x = result.columns;
     const size_t points = x[0].size(), width = p.size();
     const auto add_columns = [&](const std::vector<double> &rows, size_t columns, const auto &name) {
         for (size_t i = 0; i < columns; ++i) {
             result.names.push_back(name(i));
-            std::vector<double> &column = result.columns.emplace_back(points);
-            for (size_t r = 0; r < points; ++r) column[r] = rows[r * columns + i];
+            result.columns.push_back(every(rows, columns, i));
         }
     };
 
     Evaluator evaluator(known.model, called.nParams, static_cast<int>(width));
-    std::vector<double> y(points);
-    evaluator.values(p, x, y);
-    result.names.push_back("y");
-    result.columns.push_back(y);
-    if (known.about->contributions) {
-        const int terms = known.about->terms(static_cast<int>(width));
-        std::vector<double> rows(points * static_cast<size_t>(terms));
-        evaluator.contributions(p, x, terms, rows);
-        add_columns(rows, static_cast<size_t>(terms), [](size_t i) { return fmt::format("term{}", i + 1); });
-    }
+    const auto outputs = static_cast<size_t>(evaluator.outputs());
+    const std::string value = x.size() == 1 ? "y" : x.size() == 2 && outputs == 1 ? "z" : "value";
+    const auto output_name = [&](size_t k) { return outputs > 1 ? value + std::to_string(k + 1) : value; };
+    add_columns(evaluate(evaluator, p, x), outputs, output_name);
+    const Shares shares = evaluate_shares(evaluator, *known.about, p, x);
+    add_columns(shares.rows, static_cast<size_t>(shares.terms),
+                [](size_t i) { return fmt::format("term{}", i + 1); });
     if (options.derivatives) {
         std::vector<double> rows(points * width);
         evaluator.derivatives(p, x, rows);
         add_columns(rows, width, [&](size_t i) { return "dy/d" + parameters[i].name; });
     }
     fmt::print("{}", options.csv ? csv_text(result) : aligned_text(result));
+    if (!options.plot.empty()) plot_model(options, evaluator, *known.about, p, result);
 }
 
 int fit(const Library &library, const FitCommand &command)
@@ -240,22 +380,17 @@ int fit(const Library &library, const FitCommand &command)
     ReportContext context;
     context.model = known.about;
     context.parameters = parameters;
-    const Data data = read_data(command, context);
+    const Data data = read_data(command, known, context);
     const FitOptions options = read_options(command, *known.about, parameters);
     Evaluator evaluator(known.model, nParams, static_cast<int>(parameters.size()));
 
     const FitResult result = fit(evaluator, *known.about, data, options);
     std::vector<double> p;
     for (const auto &estimate : result.parameters) p.push_back(estimate.value);
-    Shares shares;
-    if (known.about->contributions) {
-        shares.terms = known.about->terms(static_cast<int>(p.size()));
-        shares.rows.resize(data.y.size() * static_cast<size_t>(shares.terms));
-        evaluator.contributions(p, data.x, shares.terms, shares.rows);
-    }
+    const Shares shares = evaluate_shares(evaluator, *known.about, p, data.x);
     fmt::print("{}", fit_report(result, context, data, shares));
     if (!command.csv.empty()) write_table(command.csv, fit_table(result, context, data, shares));
-    if (!command.plot.empty()) plot_fit(command, evaluator, p, result, context, data, shares.terms);
+    if (!command.plot.empty()) plot_fit(command, evaluator, p, result, context, data);
     if (!result.converged) {
         fmt::print(stderr, "curvebank: the fit did not converge\n");
         return exit_not_converged;

@@ -17,7 +17,7 @@ void list(const Library &library, const std::string &filter);
 void show(const Library &library, const std::string &name);
 
 struct EvalOptions {
-    std::string model, parameters, x, table, columns;
+    std::string model, parameters, x, y, z, table, columns, plot;
     int nparams = 0;
     bool derivatives = false, csv = false;
 };

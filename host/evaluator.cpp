@@ -36,7 +36,7 @@ void Evaluator::set_parameters(std::span<const double> p)
 int Evaluator::call(int flags, const Variables &x, size_t point)
 {
     for (size_t i = 0; i < x.size(); ++i) x_[i + 1] = x[i][point];
-    y_[1] = MISSING_VALUE;
+    y_[1] = y_[2] = MISSING_VALUE;
     errno = 0;
     return model_.function(static_cast<int16_t>(flags), nullptr, static_cast<int16_t>(nParams_), nullptr, 0,
                            p_.data(), nullptr, x_.data(), y_.data(), dy_.data());
@@ -46,15 +46,24 @@ size_t Evaluator::values(std::span<const double> p, const Variables &x, std::spa
 {
     set_parameters(p);
     size_t failures = 0;
-    for (size_t point = 0; point < y.size(); ++point) {
-        y[point] = call(EVAL_VALUE, x, point) == 0 ? output(y_[1]) : none;
-        failures += std::isnan(y[point]);
+    const auto outputs = static_cast<size_t>(model_.nDep);
+    for (size_t point = 0; point * outputs < y.size(); ++point) {
+        const bool done = call(EVAL_VALUE, x, point) == 0;
+        for (size_t k = 0; k < outputs; ++k) {
+            double &value = y[point * outputs + k];
+            value = done ? output(y_[k + 1]) : none;
+            failures += std::isnan(value);
+        }
     }
     return failures;
 }
 
 void Evaluator::derivatives(std::span<const double> p, const Variables &x, std::span<double> rows)
 {
+    if (model_.nDep > 1) {
+        std::fill(rows.begin(), rows.end(), none);
+        return;
+    }
     set_parameters(p);
     const auto width = static_cast<size_t>(parameters_);
     for (size_t point = 0; point * width < rows.size(); ++point) {

@@ -20,12 +20,15 @@ public:
     Evaluator(const Model &model, int nParams, int parameters);
 
     int parameters() const { return parameters_; }
+    int variables() const { return model_.nIndep; }
+    int outputs() const { return model_.nDep; }
 
-    /// The value at every point; NaN where the model gives none. Returns the number of such points.
+    /// The value at every point, outputs() numbers a point; NaN where the model gives none. Returns the number of
+    /// NaN.
     size_t values(std::span<const double> p, const Variables &x, std::span<double> y);
 
     /// The model's own derivatives, row by row: entry i of row r is the derivative at point r with respect to p[i].
-    /// NaN where the model gives none.
+    /// NaN where the model gives none, as models of two outputs never do.
     void derivatives(std::span<const double> p, const Variables &x, std::span<double> rows);
 
     /// The shares of the first terms terms, row by row; NaN where a term is not written.

@@ -39,12 +39,14 @@ public:
     {
         for (size_t i = 0; i < p_.size(); ++i)
             if (options.fixed.empty() || !options.fixed[i]) free_.push_back(i);
+        const auto outputs = static_cast<size_t>(model.outputs());
         for (size_t r = 0; r < data.y.size(); ++r)
-            root_weights_.push_back(data.weights.empty() ? 1.0 : std::sqrt(data.weights[r]));
+            root_weights_.push_back(data.weights.empty() ? 1.0 : std::sqrt(data.weights[r / outputs]));
     }
 
     size_t points() const { return data_.y.size(); }
     size_t width() const { return p_.size(); }
+    size_t outputs() const { return static_cast<size_t>(model_.outputs()); }
     const std::vector<size_t> &free() const { return free_; }
     const std::vector<double> &p() const { return p_; }
     const std::vector<double> &model_values() const { return y_; }
@@ -291,15 +293,19 @@ void fill_statistics(Problem &problem, const Data &data, const std::vector<size_
     result.sum_of_squares = sum_of_squares(problem);
     result.fitted = problem.model_values();
     result.residuals.resize(points);
-    double weight_sum = 0, mean = 0, total = 0;
-    for (size_t r = 0; r < points; ++r) {
-        const double weight = problem.root_weight(r) * problem.root_weight(r);
-        result.residuals[r] = data.y[r] - result.fitted[r];
-        weight_sum += weight;
-        mean += weight * data.y[r];
+    for (size_t r = 0; r < points; ++r) result.residuals[r] = data.y[r] - result.fitted[r];
+    double total = 0;  // of squares about the mean, each output about its own
+    for (size_t k = 0; k < problem.outputs(); ++k) {
+        double weight_sum = 0, mean = 0;
+        for (size_t r = k; r < points; r += problem.outputs()) {
+            const double weight = problem.root_weight(r) * problem.root_weight(r);
+            weight_sum += weight;
+            mean += weight * data.y[r];
+        }
+        mean /= weight_sum;
+        for (size_t r = k; r < points; r += problem.outputs())
+            total += std::pow(problem.root_weight(r) * (data.y[r] - mean), 2);
     }
-    mean /= weight_sum;
-    for (size_t r = 0; r < points; ++r) total += std::pow(problem.root_weight(r) * (data.y[r] - mean), 2);
     constexpr double none = std::numeric_limits<double>::quiet_NaN();
     result.r_squared = total > 0 ? 1 - result.sum_of_squares / total : none;
     result.degrees_of_freedom = static_cast<int>(points - over.size());
@@ -361,7 +367,8 @@ FitResult fit(Evaluator &model, const ModelReference &about, const Data &data, c
         const auto failed = std::find_if(problem.model_values().begin(), problem.model_values().end(),
                                          [](double y) { return std::isnan(y); });
         const auto point = static_cast<size_t>(failed - problem.model_values().begin());
-        throw Error(fmt::format("the model has no value at x = {} with the start values", data.x[0][point]));
+        throw Error(fmt::format("the model has no value at x = {} with the start values",
+                                data.x[0][point / problem.outputs()]));
     }
     problem.prepare(about);
 

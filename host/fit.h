@@ -11,7 +11,8 @@
 
 namespace curvebank::host {
 
-/// The data of a fit: points with their measured values and, where given, statistical weights (1/variance).
+/// The data of a fit: points with their measured values, as many a point as the model has outputs, and, where
+/// given, statistical weights (1/variance) of the points. Implicit models are fitted to values of 0.
 struct Data {
     Variables x;
     std::vector<double> y;
@@ -38,7 +39,7 @@ struct ParameterEstimate {
 
 struct FitResult {
     std::vector<ParameterEstimate> parameters;
-    std::vector<double> fitted, residuals;  ///< at the data points; residual = measured - fitted
+    std::vector<double> fitted, residuals;  ///< as the values of the data; residual = measured - fitted
     double sum_of_squares = 0;              ///< of the weighted residuals
     double residual_sd = 0;                 ///< sqrt(sum_of_squares / degrees_of_freedom); NaN for no degrees
     double r_squared = 0;

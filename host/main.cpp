@@ -35,7 +35,11 @@ int run(int argc, char **argv)
         ->check(CLI::Range(1, 1000));
     CLI::Option *x = eval_app->add_option("--x", eval_options.x, "start:end:step or a list of numbers");
     CLI::Option *table = eval_app->add_option("--table", eval_options.table, "a table to take x from");
-    eval_app->add_option("--columns", eval_options.columns, "the table's column (default: the first)")
+    eval_app->add_option("--y", eval_options.y, "the same for the second independent variable; all combinations")
+        ->needs(x);
+    eval_app->add_option("--z", eval_options.z, "the same for the third")->needs(x);
+    eval_app->add_option("--plot", eval_options.plot, "a .png or .svg picture of the curve or surface");
+    eval_app->add_option("--columns", eval_options.columns, "the table's columns (default: the first)")
         ->needs(table);
     eval_app->add_flag("--derivatives", eval_options.derivatives, "the model's derivatives too");
     eval_app->add_flag("--csv", eval_options.csv, "CSV instead of aligned text");
@@ -45,7 +49,7 @@ int run(int argc, char **argv)
     CLI::App *fit_app = app.add_subcommand("fit", "Least-squares fit to a table");
     fit_app->add_option("model", fit_options.model)->required();
     fit_app->add_option("table", fit_options.table, "the data: a CSV file")->required();
-    fit_app->add_option("--columns", fit_options.columns, "x,y by name or number (default: the first two)");
+    fit_app->add_option("--columns", fit_options.columns, "x,y by name or number (default: the first ones)");
     fit_app->add_option("--weights", fit_options.weights, "a column of weights (1/variance)");
     fit_app->add_option("--nparams", fit_options.nparams, "number of parameters, for models of repeated terms")
         ->check(CLI::Range(1, 1000));

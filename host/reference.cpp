@@ -33,6 +33,7 @@ ModelReference read_entry(const std::string &name, const toml::table &table)
     entry.name = name;
     entry.title = table["title"].value_or(std::string());
     entry.formula = table["formula"].value_or(std::string());
+    entry.second = table["second"].value_or(std::string());
     entry.term = table["term"].value_or(std::string());
     entry.domain = table["domain"].value_or(std::string());
     entry.source = table["source"].value_or(std::string());
@@ -41,6 +42,7 @@ ModelReference read_entry(const std::string &name, const toml::table &table)
     entry.contributions = table["contributions"].value_or(false);
     entry.linear = table["linear"].value_or(false);
     entry.derivatives = table["derivatives"].value_or(std::string()) != "none";
+    entry.implicit = table["implicit"].value_or(false);
     entry.placeholder = table["placeholder"].value_or(false);
     entry.export_only = table["export_only"].value_or(false);
     entry.tolerance = table["tolerance"].value_or(entry.tolerance);
@@ -50,7 +52,9 @@ ModelReference read_entry(const std::string &name, const toml::table &table)
                                        pair.as_array()->at(1).value_or(std::string()));
     if (const toml::array *values = table["sample"]["p"].as_array())
         for (const toml::node &value : *values) entry.sample_parameters.push_back(value.value_or(0.0));
-    for (size_t i = 0; i < 2; ++i) entry.sample_range[i] = table["sample"]["x"][i].value_or(0.0);
+    for (const char *variable : ModelReference::variables)
+        if (const toml::array *range = table["sample"][variable].as_array())
+            entry.sample_ranges.push_back({range->at(0).value_or(0.0), range->at(1).value_or(0.0)});
     return entry;
 }
 

@@ -44,20 +44,26 @@ std::string derivatives(const FitResult &result, const ReportContext &context)
 
 }  // namespace
 
+std::vector<double> every(const std::vector<double> &values, size_t step, size_t first)
+{
+    std::vector<double> chosen;
+    for (size_t i = first; i < values.size(); i += step) chosen.push_back(values[i]);
+    return chosen;
+}
+
 std::vector<double> Shares::of_term(int term) const
 {
-    std::vector<double> values;
-    for (auto i = static_cast<size_t>(term); i < rows.size(); i += static_cast<size_t>(terms))
-        values.push_back(rows[i]);
-    return values;
+    return every(rows, static_cast<size_t>(terms), static_cast<size_t>(term));
 }
 
 std::string fit_report(const FitResult &result, const ReportContext &context, const Data &data,
                        const Shares &shares)
 {
-    std::string text = fmt::format("{}: {}\n    {} = {}\n\n", context.model->name, context.model->title,
-                                   context.y_name, context.model->text());
-    text += fmt::format("Data: {}, {} points", context.data_file, result.residuals.size());
+    const ModelReference &about = *context.model;
+    std::string text = fmt::format("{}: {}\n", about.name, about.title);
+    text += fmt::format("    {} = {}\n", about.implicit ? "0" : context.y_names[0], about.text());
+    if (!about.second.empty()) text += fmt::format("    {} = {}\n", context.y_names[1], about.second);
+    text += fmt::format("\nData: {}, {} points", context.data_file, data.x[0].size());
     if (context.skipped_rows > 0)
         text +=
             fmt::format(" ({} rows skipped: a cell was missing, unreadable or not allowed)", context.skipped_rows);
@@ -82,9 +88,13 @@ std::string fit_report(const FitResult &result, const ReportContext &context, co
         const std::vector<double> share = shares.of_term(k);
         const auto largest = std::max_element(share.begin(), share.end(), smaller_in_size);
         if (k == 0) text += "\n";
-        text +=
-            fmt::format("{:<28}largest share {} at {} = {}\n", fmt::format("Term {}", k + 1), digits(*largest, 6),
-                        context.x_name, digits(data.x[0][static_cast<size_t>(largest - share.begin())], 6));
+        std::vector<std::string> place;
+        for (size_t i = 0; i < data.x.size(); ++i) {
+            const double x = data.x[i][static_cast<size_t>(largest - share.begin())];
+            place.push_back(fmt::format("{} = {}", context.x_names[i], digits(x, 6)));
+        }
+        text += fmt::format("{:<28}largest share {} at {}\n", fmt::format("Term {}", k + 1), digits(*largest, 6),
+                            fmt::join(place, ", "));
     }
     const auto line = [&text](const char *label, const std::string &value) {
         text += fmt::format("{:<28}{}\n", label, value);
@@ -120,18 +130,20 @@ Comparison compare(const FitResult &result, const ReportContext &context, const 
 Table fit_table(const FitResult &result, const ReportContext &context, const Data &data, const Shares &shares)
 {
     Table table;
-    table.names = {context.x_name, context.y_name};
-    table.columns = {data.x[0], data.y};
-    if (!data.weights.empty()) {
-        table.names.push_back(context.weights_name);
-        table.columns.push_back(data.weights);
+    const auto add = [&table](const std::string &name, const std::vector<double> &column) {
+        table.names.push_back(name);
+        table.columns.push_back(column);
+    };
+    for (size_t i = 0; i < data.x.size(); ++i) add(context.x_names[i], data.x[i]);
+    const size_t outputs = data.y.size() / data.x[0].size();
+    for (size_t k = 0; k < context.y_names.size(); ++k) add(context.y_names[k], every(data.y, outputs, k));
+    if (!data.weights.empty()) add(context.weights_name, data.weights);
+    for (size_t k = 0; k < outputs; ++k) {
+        const std::string number = outputs > 1 ? std::to_string(k + 1) : "";
+        add("fitted" + number, every(result.fitted, outputs, k));
+        add("residual" + number, every(result.residuals, outputs, k));
     }
-    table.names.insert(table.names.end(), {"fitted", "residual"});
-    table.columns.insert(table.columns.end(), {result.fitted, result.residuals});
-    for (int k = 0; k < shares.terms; ++k) {
-        table.names.push_back(fmt::format("term{}", k + 1));
-        table.columns.push_back(shares.of_term(k));
-    }
+    for (int k = 0; k < shares.terms; ++k) add(fmt::format("term{}", k + 1), shares.of_term(k));
     return table;
 }
 

@@ -14,9 +14,13 @@ namespace curvebank::host {
 struct ReportContext {
     const ModelReference *model = nullptr;
     std::vector<ParameterReference> parameters;  ///< names and meanings in order
-    std::string data_file, x_name, y_name, weights_name;
+    std::string data_file, weights_name;
+    std::vector<std::string> x_names, y_names;  ///< an implicit model has no y
     size_t skipped_rows = 0;
 };
+
+/// values[first], values[first + step], ...: one column of values stored row by row.
+std::vector<double> every(const std::vector<double> &values, size_t step, size_t first);
 
 /// What each of several terms contributes at the points of the data.
 struct Shares {

@@ -35,10 +35,14 @@ struct Sample {
           evaluator(model_of(entry), entry.repeated.empty() ? model_of(entry).nParams : static_cast<int>(p.size()),
                     static_cast<int>(p.size()))
     {
-        constexpr int steps = 20;
-        const auto [low, high] = entry.sample_range;
-        for (int i = 0; i <= steps; ++i) x[0].push_back(low + (high - low) * i / steps);
-        y.resize(x[0].size());
+        const int steps = x.size() == 1 ? 20 : 6;
+        const auto points = static_cast<int>(std::pow(steps + 1, x.size()));
+        for (int point = 0; point < points; ++point)
+            for (int i = 0, index = point; i < static_cast<int>(x.size()); ++i, index /= steps + 1) {
+                const auto [low, high] = entry.sample_ranges[static_cast<size_t>(i)];
+                x[static_cast<size_t>(i)].push_back(low + (high - low) * (index % (steps + 1)) / steps);
+            }
+        y.resize(x[0].size() * static_cast<size_t>(evaluator.outputs()));
         failures = evaluator.values(p, x, y);
         largest = std::fabs(
             *std::max_element(y.begin(), y.end(), [](double a, double b) { return std::fabs(a) < std::fabs(b); }));
@@ -52,10 +56,14 @@ struct Sample {
     double largest;
 };
 
-double formula_value(const ModelReference &entry, const std::vector<double> &p, double x)
+/// The value of output k (from 0) at a point, by the text of the entry.
+double formula_value(const ModelReference &entry, const std::vector<double> &p, const Variables &x, size_t point,
+                     size_t output)
 {
-    std::map<std::string, double> variables = {{"x", x}};
+    std::map<std::string, double> variables;
+    for (size_t i = 0; i < x.size(); ++i) variables[ModelReference::variables[i]] = x[i][point];
     for (size_t i = 0; i < entry.parameters.size(); ++i) variables[entry.parameters[i].name] = p[i];
+    if (output > 0) return Expression(entry.second)(variables);
     double value = entry.formula.empty() ? 0.0 : Expression(entry.formula)(variables);
     for (int k = 1; k <= entry.terms(static_cast<int>(p.size())); ++k) {
         variables["k"] = k;
@@ -83,7 +91,9 @@ TEST_CASE("every built model has its entry, and every entry its model")
         CHECK(entry.names(static_cast<int>(entry.sample_parameters.size())).size() ==
               entry.sample_parameters.size());
         CHECK(entry.sample_parameters.size() >= static_cast<size_t>(model.nParams));
-        CHECK(entry.sample_range[0] < entry.sample_range[1]);
+        REQUIRE(entry.sample_ranges.size() == static_cast<size_t>(model.nIndep));
+        for (const auto &[low, high] : entry.sample_ranges) CHECK(low < high);
+        CHECK(entry.second.empty() == (model.nDep == 1));
     }
 }
 
@@ -94,11 +104,13 @@ TEST_CASE("every formula gives the library's value over its sample range")
         CAPTURE(entry.name);
         const Sample sample(entry);
         CHECK(sample.failures == 0);
+        const auto outputs = static_cast<size_t>(sample.evaluator.outputs());
         for (size_t i = 0; i < sample.y.size(); ++i) {
-            const double x = sample.x[0][i], expected = formula_value(entry, sample.p, x);
+            const double expected = formula_value(entry, sample.p, sample.x, i / outputs, i % outputs);
             const double allowed = entry.tolerance * std::max(std::fabs(expected), 1e-3 * sample.largest);
             CHECK_MESSAGE(std::fabs(sample.y[i] - expected) <= allowed,
-                          entry.name << " at x = " << x << ": " << sample.y[i] << ", formula " << expected);
+                          entry.name << " at x = " << sample.x[0][i / outputs] << ": " << sample.y[i]
+                                     << ", formula " << expected);
         }
     }
 }
