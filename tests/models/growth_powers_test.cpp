@@ -1,0 +1,40 @@
+#include <doctest/doctest.h>
+
+#include "tests/support/check_call.h"
+#include "tests/support/derivatives.h"
+
+using namespace curvebank::test;
+
+TEST_SUITE("growth powers")
+{
+    constexpr int V = EVAL_VALUE, D = EVAL_DERIVS, E = EVAL_USE_ERRPTR;
+    constexpr double M = MISSING_VALUE;
+
+    TEST_CASE("no failure clears; Belehradek fails for a derivative alone, Chapman marks it and succeeds")
+    {
+        check_derivatives("Belehradek", {0.5, -2, 3}, {-2, 0, 3});
+        check_call("Belehradek", {1, 0, 0.5}, -1, V | D, {0, 12}, M, {33, 12});
+        check_call("Belehradek", {1, 0, 0.5}, 1, D | E, {34, 33}, M, {34, 33}, {M, M, M});
+        check_call("Belehradek", {2, 0, 2}, -3, D, {0, 0}, M, {33, 0}, {M, M, M});
+        check_call("Belehradek", {2, 0, 1}, 0, D, {0, 0}, 0, {0, 0}, {0, -2, 0});
+        check_call("Belehradek", {2, 0, 0.5}, 0, D, {0, 0}, M, {34, 0}, {M, M, M});
+
+        check_derivatives("Chapman", {5, 0.4, 2.5}, {0.5, 3});
+        const double huge = std::ldexp(1.0, 1007);
+        check_call("Chapman", {5, 1, 2}, -1000, V | D, {0, 12}, M, {34, 12});
+        check_call("Chapman", {5, 1, 2}, 1, D | E, {34, 33}, M, {34, 33}, {M, M, M});
+        check_call("Chapman", {5, 1, 0.5}, 0, D, {0, 0}, 0, {34, 0}, {0, M, M});
+        check_call("Chapman", {5, -1, 2}, std::log(2), D, {0, 0}, 5, {0, 0}, {1, -20 * std::log(2), M});
+        check_call("Chapman", {1, 1, -19}, 1.2e-16, D, {0, 0}, huge, {34, 0}, {huge, M, M});
+    }
+
+    TEST_CASE("the placeholders write nothing; all but Prunty fail an evaluation")
+    {
+        for (const std::string name : {"BelehradekEVP", "ChapmanEVP1", "ChapmanEVP2", "ChapmanEVP3", "Prunty"}) {
+            Call call(name, {1, 2, 3, 4}, {1});
+            const int result = name == "Prunty" ? 0 : 1;
+            CHECK((call.run(V) == result && call.run(D) == result && call.nothing_written()));
+            CHECK((call.run(0) == 0 && call.run(EVAL_INIT | V) == 0));
+        }
+    }
+}
