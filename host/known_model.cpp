@@ -15,6 +15,8 @@ KnownModel find_model(const Library &library, const std::string &name)
     Model model = library.find(name);
     if (!model.function && about && about->export_only)
         model = {library.exported(about->name), 1, 1, static_cast<int>(about->parameters.size())};
+    // Some models read a variable more than the catalogue counts.
+    if (about) model.nIndep = std::max(model.nIndep, static_cast<int>(about->sample_ranges.size()));
     if (!model.function || !about) {
         const std::vector<std::string> nearest = nearest_names(name);
         throw Error(fmt::format("no model is called {}{}{}", name,
