@@ -42,15 +42,6 @@ double by_exponent(double b, double e, double P)
     return b == 0 && e > 0 ? 0.0 : std::log(b) * P;
 }
 
-/// Ends a derivative step whose last logarithm failed: it costs just the derivatives that contain it. It is errno
-/// that is reset, whichever error variable told.
-int32_t failed_logarithm(double *dy, int first, int last)
-{
-    ErrorVariable::runtime().clear();
-    mark_missing(dy, first, last);
-    return 1;
-}
-
 }  // namespace
 
 /// Freundlich isotherm (Freundlich, 1906).
@@ -75,7 +66,7 @@ MODEL(Freundlich)
     if (error.raised()) return missing_values(error, y, dy, 1, 2);
     y[1] = K * dy[1];
     dy[2] = std::log(X) * y[1];
-    if (error.raised()) return failed_logarithm(dy, 2, 2);
+    if (error.raised()) return missing_derivative(dy, 2);
     return 0;
 }
 
@@ -161,7 +152,7 @@ MODEL(Freundlich3P)
     dy[1] = 1.0;
     y[1] = y0 + K * dy[2];
     dy[3] = std::log(X) * K * dy[2];
-    if (error.raised()) return failed_logarithm(dy, 3, 3);
+    if (error.raised()) return missing_derivative(dy, 3);
     return 0;
 }
 
@@ -283,7 +274,10 @@ MODEL(FreundlichEXT)
     const double L = std::log(X);
     dy[2] = u * y[1] * L;
     dy[3] = -b * dy[2] * L;
-    if (error.raised()) return failed_logarithm(dy, 2, 3);
+    if (error.raised()) {
+        mark_missing(dy, 2, 2);
+        return missing_derivative(dy, 3);
+    }
     return 0;
 }
 
@@ -519,7 +513,7 @@ MODEL(Harris)
         return 1;
     }
     dy[3] = std::log(X) * dy[2] * b;
-    if (error.raised()) return failed_logarithm(dy, 3, 3);
+    if (error.raised()) return missing_derivative(dy, 3);
     return 0;
 }
 

@@ -63,8 +63,8 @@ TEST_SUITE("growth")
 
     TEST_CASE("a stale code counts in the chosen variable; for SWeibull1's derivatives in errno")
     {
-        for (const char *name : {"Richards", "SRichards1", "SRichards2", "SWeibull1"}) {
-            const bool chosen = std::strcmp(name, "SWeibull1") != 0;
+        for (const std::string name : {"Richards", "SRichards1", "SRichards2", "SWeibull1"}) {
+            const bool chosen = name != "SWeibull1";
             Call call(name, {5, 1, 2, 1}, {3});
             CHECK(call.run(EVAL_VALUE | EVAL_USE_ERRPTR, 0, 33) == 1);
             CHECK(call.run(EVAL_DERIVS | EVAL_USE_ERRPTR, 34) == !chosen);
