@@ -7,19 +7,23 @@
 #include "platform/name_compare.h"
 
 #define ROW(name, nIndep, nDep, nParams) MODEL(name);
+#define ROW_OF(name, nIndep, nDep, nParams, function)
 #define PLANNED(name, nIndep, nDep, nParams)
 #include "frame/catalogue_rows.inc"
 #undef ROW
+#undef ROW_OF
 #undef PLANNED
 
 namespace curvebank {
 
 #define ROW(name, nIndep, nDep, nParams) {nIndep, nDep, nParams, 0, #name, name},
+#define ROW_OF(name, nIndep, nDep, nParams, function) {nIndep, nDep, nParams, 0, #name, function},
 #define PLANNED(name, nIndep, nDep, nParams) {nIndep, nDep, nParams, 0, #name, nullptr},
 const ModelCatalogEntry catalogue[catalogue_size] = {
 #include "frame/catalogue_rows.inc"
 };
 #undef ROW
+#undef ROW_OF
 #undef PLANNED
 
 namespace {
