@@ -1,0 +1,24 @@
+#include "tests/support/check_call.h"
+#include "tests/support/derivatives.h"
+
+using namespace curvebank::test;
+
+TEST_SUITE("log-normal")
+{
+    constexpr int V = EVAL_VALUE, D = EVAL_DERIVS, E = EVAL_USE_ERRPTR;
+    constexpr double M = MISSING_VALUE, q = 1 / (2 * 2.506628274631);
+
+    TEST_CASE("derivatives but for the widths are the exact partials; shares, domain and stale codes")
+    {
+        check_derivatives("LogNormal", {1, 2, 0.5, 3, 4, 0.75, -2}, {0.25, 1.5, 2, 4}, {3, 6});
+        check_call("LogNormal", {0, 2, 1, 1, 5, 0, 0}, 2, D, {34, 33}, q, {34, 33}, {1, 0, 0, q, 0, 0, 0});
+        Call call("LogNormal", {1, 2, 1, 3, 5, 0, 0, 2, 1, 6}, {2});
+        CHECK((call.run(V | D) == 0 && call.dy_untouched() && call.y[3] == untouched && call.y[1] == 1 + 9 * q));
+        CHECK((call.run(EVAL_QUERY | EVAL_INIT | V) == QUERY_REPLY && !call.dy_untouched(0, 0)));
+        // positions and widths that are not positive fail; stale codes fail value calls alone
+        check_call("LogNormal", {1, 2, 1, 0, 2, 0, 1}, 2, D | E, {34, 33}, M, {34, 0}, {1, 0, 0, 0, M, M, M});
+        check_call("LogNormal", {1, -2, 1, 1}, 2, D, {12, 33}, M, {0, 33}, {1, M, M, M});
+        check_call("LogNormal", {1, NAN, 1, 1}, 2, V, {12, 33}, NAN, {12, 33});
+        check_call("LogNormal", {1, 2, 1, 1}, 2, V | E, {12, 33}, M, {12, 0});
+    }
+}
