@@ -108,8 +108,9 @@ TEST_CASE("certified problems, nonlinear ones from both sets of starting values"
         std::string model, data;
         double digits;
     } problems[] = {
-        {"Parabola", "pontius", 12},  {"PolyN", "filip", 8},       {"Exp3P1", "mgh10", 10},
-        {"BoxLucas1", "misra1a", 10}, {"SLogistic1", "rat42", 10}, {"Richards", "rat43", 10},
+        {"Parabola", "pontius", 12},  {"PolyN", "filip", 8},          {"Exp3P1", "mgh10", 10},
+        {"BoxLucas1", "misra1a", 10}, {"Allometric1", "danwood", 10}, {"RectHyperbola", "misra1d", 10},
+        {"Lanczos3", "lanczos3", 10}, {"SLogistic1", "rat42", 10},    {"Richards", "rat43", 10},
     };
     for (const auto &problem : problems) {
         CAPTURE(problem.model);
