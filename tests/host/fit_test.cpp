@@ -1,5 +1,6 @@
 #include <cmath>
 #include <filesystem>
+#include <random>
 
 #include <doctest/doctest.h>
 
@@ -222,4 +223,55 @@ TEST_CASE("a fit that cannot begin or end says why")
     const FitResult result = short_run.run();
     CHECK(!result.converged);
     CHECK(result.stop_reason == "the limit of iterations was reached");
+}
+
+namespace {
+
+/// Normally distributed noise, the same in every run and on every system.
+class Noise {
+public:
+    double operator()()
+    {
+        double sum = -6;  // twelve uniform numbers have variance 1
+        for (int i = 0; i < 12; ++i) sum += static_cast<double>(generator_()) / 4294967296.0;
+        return sum;
+    }
+
+private:
+    std::mt19937 generator_{20260101};
+};
+
+}  // namespace
+
+TEST_CASE("an implicit circle and both outputs of a helix are found again from noisy points")
+{
+    Noise noise;
+    Setup circle("Circle", {2, -0.5, 1.5});  // from far off a circle of infinite radius fits too
+    circle.data.x.resize(2);
+    for (int i = 0; i < 60; ++i) {
+        const double angle = 0.11 * i;
+        circle.data.x[0].push_back(3 + 2 * std::cos(angle) + 1e-3 * noise());
+        circle.data.x[1].push_back(-1 + 2 * std::sin(angle) + 1e-3 * noise());
+        circle.data.y.push_back(0);
+    }
+    const FitResult found = circle.run();
+    CHECK(found.converged);
+    for (const auto &[i, value] : {std::pair{0, 3.0}, {1, -1.0}, {2, 2.0}}) {
+        const ParameterEstimate &estimate = found.parameters[static_cast<size_t>(i)];
+        CHECK(std::fabs(estimate.value - value) < 4 * estimate.standard_error);
+        CHECK(estimate.standard_error < 1e-3);
+    }
+
+    const std::vector<double> truth = {1, 2, 3, 0.8, 0.5};
+    Setup helix("Helix", {0.8, 2.2, 2.5, 0.82, 0.4});
+    for (int i = 0; i < 50; ++i) helix.data.x[0].push_back(0.2 * i);
+    helix.data.y.resize(100);
+    helix.evaluator.values(truth, helix.data.x, helix.data.y);
+    for (double &y : helix.data.y) y += 1e-2 * noise();
+    const FitResult both = helix.run();
+    CHECK(both.converged);
+    CHECK(both.degrees_of_freedom == 95);
+    CHECK(both.residual_sd == doctest::Approx(1e-2).epsilon(0.2));
+    for (size_t i = 0; i < truth.size(); ++i)
+        CHECK(std::fabs(both.parameters[i].value - truth[i]) < 4 * both.parameters[i].standard_error);
 }
