@@ -137,7 +137,9 @@ void draw_zero_curve(const SurfacePlot &plot, const std::string &file)
     script +=
         "set contour base\nset cntrparam levels discrete 0\nunset surface\nset table $zero\nsplot $grid\nunset "
         "table\n";
-    script += "set size ratio -1\nplot $zero with lines lw 2 lc rgb '#c03030' title 'fit'";
+    script +=
+        "set size ratio -1\nset offsets graph 0.05, graph 0.05, graph 0.05, graph 0.05\nplot $zero with lines lw 2 "
+        "lc rgb '#c03030' title 'fit'";
     if (!plot.data_x.empty()) script += ", $data using 1:2 " + data_style + " title 'data'";
     run_gnuplot(script + '\n', file);
 }

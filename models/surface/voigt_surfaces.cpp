@@ -18,8 +18,9 @@ constexpr double eight_ln2 = 5.54517744447952;
 }  // namespace
 
 /// Pseudo-Voigt peaks by their heights.
-///     z = z0 + sum of A·((1 - mu)·exp(-0.5·(a + b)) + mu/((1 + a)·(1 + b))),  a = ((X - xc)/w1)², b = ((Y -
-///     yc)/w2)² p = (z0, then for each peak: A, xc, w1, yc, w2, mu);  (nParams - 1)/6 peaks
+///     z = z0 + sum of A·((1 - mu)·exp(-0.5·(a + b)) + mu/((1 + a)·(1 + b)))
+///     a = ((X - xc)/w1)²,  b = ((Y - yc)/w2)²
+///     p = (z0, then for each peak: A, xc, w1, yc, w2, mu);  (nParams - 1)/6 peaks
 /// Both steps need nParams >= 1. A peak of amplitude 0 is skipped, its share unwritten; any other needs widths
 /// other than 0 for the value and positive ones for the derivatives. The value step tests the chosen error variable
 /// for both codes, the derivative step errno for the range error alone. The derivatives of a skipped peak are set

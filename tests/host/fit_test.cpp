@@ -243,9 +243,27 @@ private:
 
 }  // namespace
 
-TEST_CASE("an implicit circle and both outputs of a helix are found again from noisy points")
+TEST_CASE("a surface, an implicit circle and both outputs of a helix are found again from noisy points")
 {
     Noise noise;
+    const std::vector<double> peak = {1, 5, 2, 1.5, -1, 0.8};
+    Setup surface("Gauss2D", {0.5, 4, 1.5, 1, -0.5, 1});
+    surface.data.x.resize(2);
+    for (int i = 0; i < 400; ++i) {
+        surface.data.x[0].push_back(-2 + 0.4 * (i % 20));
+        surface.data.x[1].push_back(-4 + 0.3 * (i / 20));
+    }
+    surface.data.y.resize(400);
+    surface.evaluator.values(peak, surface.data.x, surface.data.y);
+    for (double &z : surface.data.y) z += 0.05 * noise();
+    const FitResult hill = surface.run();
+    CHECK(hill.converged);
+    CHECK(hill.residual_sd == doctest::Approx(0.05).epsilon(0.1));
+    for (size_t i = 0; i < peak.size(); ++i) {
+        CHECK(std::fabs(hill.parameters[i].value - peak[i]) < 4 * hill.parameters[i].standard_error);
+        CHECK(!hill.parameters[i].numeric_derivative);
+    }
+
     Setup circle("Circle", {2, -0.5, 1.5});  // from far off a circle of infinite radius fits too
     circle.data.x.resize(2);
     for (int i = 0; i < 60; ++i) {

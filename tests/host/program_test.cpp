@@ -66,6 +66,22 @@ TEST_CASE("eval")
     CHECK(contains(run("eval Line --params 1,2 --table '" EXAMPLES "/pontius.csv' --columns load"), "150000"));
 }
 
+TEST_CASE("surfaces, two outputs and implicit models")
+{
+    const std::string plot = temporary("surface.svg"), circle = temporary("circle.csv");
+    const Run surface =
+        run("eval Gauss2D --params 1,5,2,1.5,-1,0.8 --x 2,3.5 --y=-1,0 --csv --plot '" + plot + "'");
+    CHECK(contains(surface, "x,y,z,term1\n2,-1,6,5\n3.5,-1,4.032653298563167,3.032653298563167\n2,0,"));
+    CHECK(std::filesystem::file_size(plot) > 1000);
+    CHECK(run("eval Line3 --params 1,2,3,4 --x 1 --csv").output == "x,y1,y2\n1,3,7\n");
+
+    std::ofstream(circle) << "x,y\n5,-1\n3,1.001\n1,-1\n3,-3\n4.414,0.414\n";
+    const Run fit = run("fit Circle '" + circle + "' --start 2,0,1.5 --plot '" + plot + "'");
+    CHECK((fit.exit_code == 0 && contains(fit, "0 = ((x-xc)/r)^2 + ((y-yc)/r)^2 - 1")));
+    CHECK(contains(run("eval Gauss2D --params 1,5,2,1.5,-1,0.8 --x 1"), "has 2 independent variables"));
+    CHECK(contains(run("fit Helix '" + circle + "'"), "no column 3; the columns are x, y"));
+}
+
 TEST_CASE("fit writes report, table and plot, and leaves out what it cannot use")
 {
     const std::string data = temporary("data.csv"), table = temporary("fit.csv"), plot = temporary("fit.svg");
