@@ -14,7 +14,6 @@ TEST_SUITE("cumulative")
     TEST_CASE("derivatives: those for the mean of the exponential and the shape of the gamma are no partials")
     {
         check_derivatives("NormalCDF", {1, 3, 2, 1.5}, {-1, 2, 5});
-        check_derivatives("NormalCDF", {1, 3, 2, -1.5}, {-1, 2, 5});
         check_derivatives("LognormalCDF", {1, 3, 0.5, 0.8}, {0.2, 1, 6});
         check_derivatives("ExponentialCDF", {1, 3, 1.5}, {-1, 0, 2, 5}, {3});
         check_derivatives("GammaCDF", {1, 3, 2.5, 1.5}, {-1, 0.5, 3, 9}, {3});
@@ -38,18 +37,14 @@ TEST_SUITE("cumulative")
 
     TEST_CASE("domains: a failing value ends a derivative call, too")
     {
-        check_call("NormalCDF", {1, 2, 3, 0}, 3, V | D | E, {34, 33}, M, {34, 0});
         check_call("LognormalCDF", {1, 2, 3, 0}, 3, D, {34, 33}, M, {0, 33});
         check_call("LognormalCDF", {1, 2, 3, 1}, 0, V | D, {12, 33}, M, {0, 33});
-        check_call("LognormalCDF", {1, 2, 0, 1}, 1, V, {0, 0}, 2, {0, 0});
         check_call("LognormalCDF", {1, 2, 0, 1}, NAN, V, {34, 0}, NAN, {34, 0});
-        check_call("ExponentialCDF", {1, 2, 0}, -1, D, {34, 0}, 1, {34, 0}, {1, 0, 0});
         check_call("ExponentialCDF", {1, 2, 0}, 0, D, {34, 0}, M, {0, 0});
         check_call("ExponentialCDF", {1, 2, 4}, 0, D, {0, 0}, 1, {0, 0}, {1, 0, 0.5});
         check_call("GammaCDF", {1, 2, 0, 4}, 1, D, {33, 0}, NAN, {33, 0}, {1, NAN, NAN, NAN});
         check_call("WeibullCDF", {1, 2, 0, 1}, -1, V, {34, 12}, M, {0, 12});
         check_call("WeibullCDF", {1, 2, 1, -1}, 1, D | E, {34, 12}, M, {34, 0});
         check_call("WeibullCDF", {1, 2, 1, 1}, -0.0, D, {33, 0}, 1, {33, 0}, {1, 0, 0, 0});
-        check_call("WeibullCDF", {1, 2, NAN, 1}, 1, V, {0, 0}, NAN, {0, 0});
     }
 }
