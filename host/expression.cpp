@@ -3,10 +3,20 @@
 #include <cmath>
 
 #include <muParser.h>
+#include <boost/math/special_functions/gamma.hpp>
 
 #include "host/error.h"
+#include "platform/special_functions.h"
 
 namespace curvebank::host {
+namespace {
+
+double gammap(double a, double z)
+{
+    return boost::math::gamma_p(a, z, platform::Quiet());
+}
+
+}  // namespace
 
 struct Expression::Parser {
     mu::Parser parser;
@@ -19,6 +29,7 @@ Expression::Expression(const std::string &text) : parser_(std::make_unique<Parse
     parser.DefineFun("erf", static_cast<double (*)(double)>(std::erf));
     parser.DefineFun("floor", static_cast<double (*)(double)>(std::floor));
     parser.DefineFun("gamma", static_cast<double (*)(double)>(std::tgamma));
+    parser.DefineFun("gammap", gammap);
     parser.DefineFun("lgamma", static_cast<double (*)(double)>(std::lgamma));
     parser.DefineConst("pi", 3.141592653589793);
     try {

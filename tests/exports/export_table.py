@@ -10,7 +10,7 @@ import sys
 # What every Windows has; everything else must be inside the DLL.
 SYSTEM_DLLS = {"kernel32.dll", "user32.dll", "msvcrt.dll", "ucrtbase.dll"}
 # Functions whose errors the contract is about: they may come from nowhere but the Universal C Runtime.
-UCRT_ONLY = {"_errno", "acos", "cos", "exp", "floor", "log", "pow", "sin", "sqrt", "tanh"}
+UCRT_ONLY = {"_errno", "acos", "cos", "exp", "expm1", "floor", "log", "pow", "sin", "sqrt", "tanh"}
 
 
 def output(*command):
