@@ -103,8 +103,8 @@ MODEL(NoncompInhib)
 
 /// Mixed inhibition: the inhibitor binds with constant Ki to the free enzyme, with alpha·Ki to the enzyme with its
 /// substrate.
-///     y = Vmax·X / ((Km·(1 + I/Ki)/(1 + I/(alpha·Ki)) + X)·(1 + I/(alpha·Ki)))          p = (Vmax, Km, Ki, alpha,
-///     I)
+///     y = Vmax·X / ((Km·(1 + I/Ki)/(1 + I/(alpha·Ki)) + X)·(1 + I/(alpha·Ki)))
+///     p = (Vmax, Km, Ki, alpha, I)
 /// Km and Ki must be positive, alpha·Ki and 1 + I/(alpha·Ki) other than 0; Vmax may be anything. A denominator of 0
 /// in the derivative step costs the value too.
 MODEL(MixedModelInhib)
