@@ -1,4 +1,4 @@
-#include "tests/models/surface_checks.h"
+#include "tests/support/check_surface.h"
 
 using namespace curvebank::test;
 
@@ -10,10 +10,10 @@ TEST_SUITE("asymmetric surfaces")
 
     TEST_CASE("extreme values: a saturated side, failures that mark no derivative, a peak beyond nParams")
     {
-        check_at("Extreme2D", one, {5, 2}, V | D, {0, 34}, 0, {0, 34}, {21, 20}, {1, 2, 4, 1, 0, 0});
-        check_at("Extreme2D", {1, 2, 3, 4, 5, 0.01}, {-1, 1}, V, {0, 0}, 0, {0, 0}, {6, 5});
-        check_at("Extreme2D", one, {5, 2}, D, {34, 12}, 1, {0, 12}, {1}, {1});
-        check_at("Extreme2D", {1, 2, 3, 4}, {5, 2}, V | D | E, {12, 34}, 0, {12, 34}, {1}, {1});
+        check_surface("Extreme2D", one, 5, 2, V | D, {0, 34}, 0, {0, 34}, {21, 20}, {1, 2, 4, 1, 0, 0});
+        check_surface("Extreme2D", {1, 2, 3, 4, 5, 0.01}, -1, 1, V, {0, 0}, 0, {0, 0}, {6, 5});
+        check_surface("Extreme2D", one, 5, 2, D, {34, 12}, 1, {0, 12}, {1}, {1});
+        check_surface("Extreme2D", {1, 2, 3, 4}, 5, 2, V | D | E, {12, 34}, 0, {12, 34}, {1}, {1});
         Call call("Extreme2D", {1, 2, 3, 4, 5}, {5, 2});
         call.p[6] = 6;
         CHECK((call.run(V) == 0 && call.y[1] == 21));
@@ -21,24 +21,25 @@ TEST_SUITE("asymmetric surfaces")
 
     TEST_CASE("value only: a derivative call ends with the offset, and asks the error variable nothing")
     {
-        check_at("GaussLog", one, {3, 5}, V, {12, 34}, 0, {12, 34}, {3, 2});
-        check_at("GaussLog", one, {3, 5}, V | D, {0, 0}, 0, {0, 0}, {1, 2});
-        check_at("GaussLog", one, {3, -5}, D, {34, 33}, 0, {34, 33}, {1});
-        check_at("LogisticPeak", {1, 2, 3, 4, 5}, {4, 7}, V | E, {34, 0}, 0, {34, 0}, {18, 17});
-        check_at("LogisticPeak", {1, 2, 3, 4, 5}, {4, 7}, V | D, {0, 0}, 0, {0, 0}, {1, 17});
-        check_at("LogisticPeak", {1, 2, 3, 4, 5}, {4, 7}, V | D, {33, 12}, 1, {0, 12}, {1});
-        check_at("LogNormal2D", ridges, {3, 6}, V | D, {0, 0}, 0, {0, 0}, {16, 15});
-        check_at("LogNormal2D", ridges, {3, 6}, D, {34, 33}, 0, {34, 33}, {});
+        check_surface("GaussLog", one, 3, 5, V, {12, 34}, 0, {12, 34}, {3, 2});
+        check_surface("GaussLog", one, 3, 5, V | D, {0, 0}, 0, {0, 0}, {1, 2});
+        check_surface("GaussLog", one, 3, -5, D, {34, 33}, 0, {34, 33}, {1});
+        check_surface("LogisticPeak", {1, 2, 3, 4, 5}, 4, 7, V | E, {34, 0}, 0, {34, 0}, {18, 17});
+        check_surface("LogisticPeak", {1, 2, 3, 4, 5}, 4, 7, V | D, {0, 0}, 0, {0, 0}, {1, 17});
+        check_surface("LogisticPeak", {1, 2, 3, 4, 5}, 4, 7, V | D, {33, 12}, 1, {0, 12}, {1});
+        check_surface("LogNormal2D", ridges, 3, 6, V | D, {0, 0}, 0, {0, 0}, {16, 15});
+        check_surface("LogNormal2D", ridges, 3, 6, D, {34, 33}, 0, {34, 33}, {});
         for (const std::string name : {"GaussLog", "LogisticPeak", "LogNormal2D"})
-            check_at(name, ridges, {3, 6}, EVAL_INIT | V | D, {34, 0}, 0, {34, 0}, {});
+            check_surface(name, ridges, 3, 6, EVAL_INIT | V | D, {34, 0}, 0, {34, 0}, {});
     }
 
     TEST_CASE("logarithms: their codes, with the caller's variable unnoticed, and the share stored before the test")
     {
-        check_at("GaussLog", {1, 2, 3, 4, 5, 6, 2, 3, 4, -5, 6}, {3, 5}, V | D, {0, 12}, 1, {0, 12}, {3, 2, NAN});
-        check_at("GaussLog", one, {3, 0}, V | D, {0, 12}, 1, {0, 12}, {1});
-        check_at("GaussLog", one, {3, NAN}, V, {0, 0}, 0, {0, 0}, {NAN, NAN});
-        check_at("LogNormal2D", ridges, {3, -6}, V, {0, 12}, 1, {0, 12}, {1});
-        check_at("LogNormal2D", ridges, {0, 6}, V | E, {0, 0}, 0, {34, 0}, {6, 5});
+        check_surface("GaussLog", {1, 2, 3, 4, 5, 6, 2, 3, 4, -5, 6}, 3, 5, V | D, {0, 12}, 1, {0, 12},
+                      {3, 2, NAN});
+        check_surface("GaussLog", one, 3, 0, V | D, {0, 12}, 1, {0, 12}, {1});
+        check_surface("GaussLog", one, 3, NAN, V, {0, 0}, 0, {0, 0}, {NAN, NAN});
+        check_surface("LogNormal2D", ridges, 3, -6, V, {0, 12}, 1, {0, 12}, {1});
+        check_surface("LogNormal2D", ridges, 0, 6, V | E, {0, 0}, 0, {34, 0}, {6, 5});
     }
 }

@@ -1,4 +1,4 @@
-#include "tests/models/surface_checks.h"
+#include "tests/support/check_surface.h"
 
 using namespace curvebank::test;
 
@@ -26,24 +26,25 @@ TEST_SUITE("gaussian lorentzian surfaces")
     TEST_CASE("centre, widths, amplitudes of 0 and stale codes, step by step")
     {
         for (const std::string name : {"Gauss2D", "Lorentz2D"}) {
-            check_at(name, one, {3, 5}, D, {33, 34}, 0, {33, 34}, {3, 2}, {1, 1, 0, 0, 0, 0});
-            check_at(name, {1, 0, 3, 0, 5, 0}, {3, 5}, V | D, {34, 33}, 0, {34, 33}, {1}, {1, 0, 0, 0, 0, 0});
-            check_at(name, {1, 2, 3, -1, 5, 6}, {3, 5}, V, {0, 33}, 0, {0, 33}, {3, 2});
-            check_at(name, {1, 2, 3, -1, 5, 6}, {3, 5}, D, {12, 0}, 1, {0, 0}, {1}, {1, M, M, M, M, M});
-            check_at(name, {1, 2, 3, 4, 5, 6, 7, 3, 0, 5, 0}, {3, 5}, V, {0, 12}, 1, {0, 12}, {3, 2});
-            check_at(name, one, {3, 5}, V, {33, 12}, 1, {0, 12}, {1});
-            check_at(name, one, {3, 5}, V | D | E, {34, 12}, 1, {34, 0}, {1, 2}, {1, M, M, M, M, M});
-            check_at(name, {}, {3, 5}, D | E, {34, 12}, 1, {34, 0}, {});
+            check_surface(name, one, 3, 5, D, {33, 34}, 0, {33, 34}, {3, 2}, {1, 1, 0, 0, 0, 0});
+            check_surface(name, {1, 0, 3, 0, 5, 0}, 3, 5, V | D, {34, 33}, 0, {34, 33}, {1}, {1, 0, 0, 0, 0, 0});
+            check_surface(name, {1, 2, 3, -1, 5, 6}, 3, 5, V, {0, 33}, 0, {0, 33}, {3, 2});
+            check_surface(name, {1, 2, 3, -1, 5, 6}, 3, 5, D, {12, 0}, 1, {0, 0}, {1}, {1, M, M, M, M, M});
+            check_surface(name, {1, 2, 3, 4, 5, 6, 7, 3, 0, 5, 0}, 3, 5, V, {0, 12}, 1, {0, 12}, {3, 2});
+            check_surface(name, one, 3, 5, V, {33, 12}, 1, {0, 12}, {1});
+            check_surface(name, one, 3, 5, V | D | E, {34, 12}, 1, {34, 0}, {1, 2}, {1, M, M, M, M, M});
+            check_surface(name, {}, 3, 5, D | E, {34, 12}, 1, {34, 0}, {});
         }
     }
 
     TEST_CASE("turned peaks mark all six derivatives; an infinite angle fails the value step only")
     {
-        check_at("Gaussian2D", {1, 0, 3, 0, 5, 0, 7}, {3, 5}, V | D, {0, 0}, 0, {0, 0}, {1}, {1, 0, 0, 0, 0, 0, 0});
-        check_at("Gaussian2D", {1, 2, 3, 4, 5, -6, 0}, {3, 5}, V | D, {0, 0}, 1, {0, 0}, {1, 2},
-                 {1, M, M, M, M, M, M});
-        check_at("Gaussian2D", {1, 2, 3, 4, 5, 6, INFINITY}, {3, 5}, V, {0, 12}, 1, {0, 12}, {1});
-        check_at("Gaussian2D", {1, 2, 3, 4, 5, 6, INFINITY}, {3, 5}, D, {0, 0}, 0, {33, 0}, {NAN, NAN},
-                 {1, NAN, NAN, NAN, NAN, NAN, NAN});
+        check_surface("Gaussian2D", {1, 0, 3, 0, 5, 0, 7}, 3, 5, V | D, {0, 0}, 0, {0, 0}, {1},
+                      {1, 0, 0, 0, 0, 0, 0});
+        check_surface("Gaussian2D", {1, 2, 3, 4, 5, -6, 0}, 3, 5, V | D, {0, 0}, 1, {0, 0}, {1, 2},
+                      {1, M, M, M, M, M, M});
+        check_surface("Gaussian2D", {1, 2, 3, 4, 5, 6, INFINITY}, 3, 5, V, {0, 12}, 1, {0, 12}, {1});
+        check_surface("Gaussian2D", {1, 2, 3, 4, 5, 6, INFINITY}, 3, 5, D, {0, 0}, 0, {33, 0}, {NAN, NAN},
+                      {1, NAN, NAN, NAN, NAN, NAN, NAN});
     }
 }
