@@ -8,32 +8,28 @@
 
 #define ROW(name, nIndep, nDep, nParams) MODEL(name);
 #define ROW_OF(name, nIndep, nDep, nParams, function)
-#define PLANNED(name, nIndep, nDep, nParams)
 #include "frame/catalogue_rows.inc"
 #undef ROW
 #undef ROW_OF
-#undef PLANNED
 
 namespace curvebank {
 
 #define ROW(name, nIndep, nDep, nParams) {nIndep, nDep, nParams, 0, #name, name},
 #define ROW_OF(name, nIndep, nDep, nParams, function) {nIndep, nDep, nParams, 0, #name, function},
-#define PLANNED(name, nIndep, nDep, nParams) {nIndep, nDep, nParams, 0, #name, nullptr},
 const ModelCatalogEntry catalogue[catalogue_size] = {
 #include "frame/catalogue_rows.inc"
 };
 #undef ROW
 #undef ROW_OF
-#undef PLANNED
 
 namespace {
 
-/// The first row of that name whose model is built, or null.
+/// The row of that name, or null.
 const ModelCatalogEntry *find(const char *name)
 {
     const auto *row = std::find_if(std::begin(catalogue), std::end(catalogue),
                                    [name](const auto &entry) { return platform::same_name(entry.name, name); });
-    return row != std::end(catalogue) && row->function != nullptr ? row : nullptr;
+    return row != std::end(catalogue) ? row : nullptr;
 }
 
 }  // namespace

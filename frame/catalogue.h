@@ -9,7 +9,7 @@ namespace curvebank {
 struct ModelCatalogEntry {
     uint16_t nIndep, nDep, nParams, reserved;
     const char *name;
-    ModelFunc function;  // null while the model is planned
+    ModelFunc function;
 };
 
 constexpr int catalogue_size = 276;

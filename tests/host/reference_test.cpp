@@ -76,10 +76,9 @@ double formula_value(const ModelReference &entry, const std::vector<double> &p, 
 
 }  // namespace
 
-TEST_CASE("every built model has its entry, and every entry its model")
+TEST_CASE("every model has its entry, and every entry its model")
 {
-    for (const auto &row : curvebank::catalogue)
-        CHECK_MESSAGE((row.function != nullptr) == (find_reference(row.name) != nullptr), row.name);
+    for (const auto &row : curvebank::catalogue) CHECK_MESSAGE(find_reference(row.name) != nullptr, row.name);
     for (const ModelReference &entry : reference()) {
         CAPTURE(entry.name);
         const Model model = model_of(entry);
