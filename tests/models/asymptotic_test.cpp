@@ -33,7 +33,6 @@ TEST_SUITE("asymptotic")
     TEST_CASE("derivatives are the exact partials, but for the third of Asymptotic5 at x = 0")
     {
         for (const Curve &c : curves) check_derivatives(c.name, c.p, {-1.5, 0.5, 3});
-        check_derivatives("Asymptotic7", {2, 3, 0.5}, {0});
         check_derivatives("Asymptotic5", {5, 0.5, 2}, {0}, {3});
     }
 

@@ -1,17 +1,11 @@
 #include <doctest/doctest.h>
 
-#include "tests/support/derivatives.h"
+#include "tests/support/call.h"
 
 using namespace curvebank::test;
 
 TEST_SUITE("binding")
 {
-    TEST_CASE("derivatives are the exact partials")
-    {
-        check_derivatives("Binding1", {5, 2}, {0, 2, 30});
-        check_derivatives("Binding2", {5, 3, 0.5, 8}, {0, 2, 30});
-    }
-
     TEST_CASE("stale codes saturate; only Binding1 turns an infinite value into the missing value")
     {
         Call one("Binding1", {5, -2}, {2}), two("Binding2", {5, 3, 1, -2}, {2});

@@ -1,7 +1,6 @@
 #include <doctest/doctest.h>
 
 #include "tests/support/check_call.h"
-#include "tests/support/derivatives.h"
 
 using namespace curvebank::test;
 
@@ -12,9 +11,6 @@ TEST_SUITE("boltzmann")
 
     TEST_CASE("derivatives are the exact partials")
     {
-        check_derivatives("Boltzman", {1, 5, 2, 0.75}, {0, 2, 3});
-        check_derivatives("BoltzIV", {-2, -0.6, 1.5, 5}, {-3, -2, 1});
-        check_derivatives("DoubleBoltzmann", {0.5, 3, 0.4, -2, 4, -0.75, -1.25}, {-3, 0, 4});
         check_call("Boltzman1", {3, 7, 2}, 2, D, {33, 34}, 5, {33, 34}, {0.5, 0.5, 2.302585093});
     }
 

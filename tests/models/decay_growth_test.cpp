@@ -2,27 +2,13 @@
 
 #include <doctest/doctest.h>
 
-#include "tests/support/derivatives.h"
+#include "tests/support/call.h"
 
 using namespace curvebank::test;
 
 TEST_SUITE("exponential decay and growth")
 {
     constexpr int both = EVAL_VALUE | EVAL_DERIVS;
-
-    TEST_CASE("derivatives are the exact partials")
-    {
-        check_derivatives("ExpDec1", {1.5, 4, 2}, {-1, 0, 3});
-        check_derivatives("ExpDec3", {1.5, 4, 2, -3, 5, 2, -8}, {-1, 0, 3});
-        check_derivatives("ExpGro1", {1.5, 4, 2}, {-1, 0, 3});
-        check_derivatives("ExpGro3", {1.5, 4, 2, -3, 5, 2, -8}, {-1, 0, 3});
-        check_derivatives("Exponential", {1.5, 4, -0.5}, {-1, 0, 3});
-        check_derivatives("ExpDecay1", {1.5, 2, 4, 3}, {-1, 2, 5});
-        check_derivatives("ExpDecay2", {1.5, 2, 4, 3, -3, 5}, {-1, 2, 5});
-        check_derivatives("ExpDecay3", {1.5, 2, 4, 3, -3, 5, 2, 8}, {-1, 2, 5});
-        check_derivatives("ExpGrow1", {1.5, 2, 4, 3}, {-1, 2, 5});
-        check_derivatives("ExpGrow2", {1.5, 2, 4, 3, -3, 5}, {-1, 2, 5});
-    }
 
     TEST_CASE("value and derivatives have domains of their own, which differ over zero amplitudes and NaN")
     {

@@ -1,7 +1,6 @@
 #include <doctest/doctest.h>
 
 #include "tests/support/check_call.h"
-#include "tests/support/derivatives.h"
 
 using namespace curvebank::test;
 
@@ -9,12 +8,6 @@ TEST_SUITE("distributions")
 {
     constexpr int V = EVAL_VALUE, D = EVAL_DERIVS, E = EVAL_USE_ERRPTR;
     constexpr double M = MISSING_VALUE;
-
-    TEST_CASE("derivatives are the exact partials")
-    {
-        check_derivatives("Pareto2", {1.5, 2}, {1, 2.5, 8});
-        check_derivatives("Rayleigh", {1.5}, {0, 1, 4});
-    }
 
     TEST_CASE("a call for nothing, or for derivatives that a model does not have, answers 1")
     {

@@ -1,21 +1,12 @@
 #include <doctest/doctest.h>
 
-#include "tests/support/derivatives.h"
+#include "tests/support/call.h"
 
 using namespace curvebank::test;
 
 TEST_SUITE("dose response")
 {
     constexpr int both = EVAL_VALUE | EVAL_DERIVS;
-
-    TEST_CASE("derivatives are the exact partials")
-    {
-        check_derivatives("Response1", {1, 9, -6, 1.2}, {-8, -6, -5});
-        check_derivatives("Response2", {1, 9, 6, -6, -3, 1.2, 0.8}, {-8, -5, -3, -1});
-        check_derivatives("BiDoseResp", {1, 9, -7, -4, 1.2, 0.8, 0.4}, {-8, -5, -4, -1});
-        check_derivatives("Competition1", {9, 1, -6}, {-8, -6, -5});
-        check_derivatives("Competition2", {9, 1, -7, -4, 0.4}, {-8, -5, -4, -1});
-    }
 
     TEST_CASE("an overflow, and a stale code where a step looks for it, give fixed results and clear errno")
     {

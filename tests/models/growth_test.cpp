@@ -1,23 +1,12 @@
 #include <doctest/doctest.h>
 
-#include "tests/support/derivatives.h"
+#include "tests/support/call.h"
 
 using namespace curvebank::test;
 
 TEST_SUITE("growth")
 {
     constexpr int both = EVAL_VALUE | EVAL_DERIVS;
-
-    TEST_CASE("derivatives are the exact partials")
-    {
-        check_derivatives("SGompertz", {5, 2, 0.8}, {-1, 2, 6});
-        check_derivatives("Richards", {5, -2, 0.8, 1.5}, {-1, 2, 6});
-        check_derivatives("SRichards1", {5, 2, 0.6, 0.8}, {2, 3, 6});
-        check_derivatives("SRichards1", {5, 2, 2, 0.8}, {-1, 2, 6});
-        check_derivatives("SRichards2", {5, 2, 0.6, 0.8}, {1.5, 3, 6});
-        check_derivatives("SWeibull1", {5, -1, 1.7, 0.4}, {0, 2, 6});
-        check_derivatives("SWeibull2", {5, 1, 1.7, 0.4}, {1, 2, 6});
-    }
 
     TEST_CASE("a failing value step leaves dy alone, a failing derivative step marks it whole")
     {

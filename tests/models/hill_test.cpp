@@ -10,8 +10,6 @@ TEST_SUITE("Hill curves")
 
     TEST_CASE("derivatives are the exact partials, but for the last of BiHill")
     {
-        check_derivatives("Hill", {5, 2, 1.8}, {0.5, 2, 9});
-        check_derivatives("Hill1", {1, 6, 2, -1.8}, {0.5, 2, 9});
         check_derivatives("BiHill", {5, 1, 8, 1.5, 2}, {0.5, 1, 9}, {5});
     }
 

@@ -1,7 +1,6 @@
 #include <doctest/doctest.h>
 
 #include "tests/support/check_call.h"
-#include "tests/support/derivatives.h"
 
 using namespace curvebank::test;
 
@@ -34,29 +33,6 @@ TEST_SUITE("isotherms")
 {
     constexpr int V = EVAL_VALUE, D = EVAL_DERIVS, E = EVAL_USE_ERRPTR;
     constexpr double M = MISSING_VALUE;
-
-    TEST_CASE("derivatives are the exact partials, also at zero bases")
-    {
-        check_derivatives("Freundlich", {2, 0.5}, {0.5, 1, 3});
-        check_derivatives("FreundlichMod1", {2, 1.5}, {0.5, 1, 3});
-        check_derivatives("FreundlichEVP", {1, 2, 4, 3}, {0.5, 1, 3, 4});
-        check_derivatives("Freundlich3P", {1, 2, 0.5}, {0.5, 1, 3});
-        check_derivatives("Freundlich3PEVP1", {2, 3, 1.5, 0.5}, {0.5, 2, 3});
-        check_derivatives("Freundlich3PEVP2", {1, 1, 2, 4, 3}, {0.5, 1, 3, 4});
-        check_derivatives("Freundlich3PEVP2", {3, 1, 2, 4, 1.5}, {0.5, 1, 3, 4});
-        check_derivatives("Freundlich3PMod", {1, 2, 0.4}, {0, 0.5, 3});
-        check_derivatives("FreundlichEXT", {2, 0.6, 0.3}, {0.5, 1, 3});
-        check_derivatives("FreundlichEXTEVP", {2, 3, 0.6, 0.3}, {0.5, 2, 3});
-        check_derivatives("LangmuirEXT1", {5, 0.8, 0.3}, {0.5, 1, 3});
-        check_derivatives("LangmuirEXT2", {0.2, 1.5, 0.3}, {0.5, 1, 3});
-        check_derivatives("BET", {2, 10}, {0, 0.2, 0.6, 1.5});
-        check_derivatives("BETMod", {0.5, 2}, {0, 0.2, 0.6, 1.5});
-        check_derivatives("Bradley", {2, 1.5}, {0.1, 0.5});
-        check_derivatives("Bradley", {2, -1.5}, {1.1, 5});
-        check_derivatives("Harris", {0.5, 0.3, 1.4}, {0.5, 1, 3});
-        check_derivatives("HarrisEVP", {1, 3, 4, 1, 1.5}, {0, 0.5, 1, 4});
-        check_derivatives("HarrisEVP", {0, 3, 4, 1, 2}, {0, 0.5, 4});
-    }
 
     TEST_CASE("out of the domain: all derivatives are marked and the error variables left alone")
     {

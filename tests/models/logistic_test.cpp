@@ -1,7 +1,6 @@
 #include <doctest/doctest.h>
 
 #include "tests/support/check_call.h"
-#include "tests/support/derivatives.h"
 
 using namespace curvebank::test;
 
@@ -9,16 +8,6 @@ TEST_SUITE("logistic")
 {
     constexpr int V = EVAL_VALUE, D = EVAL_DERIVS, E = EVAL_USE_ERRPTR;
     constexpr double M = MISSING_VALUE;
-
-    TEST_CASE("derivatives are the exact partials")
-    {
-        check_derivatives("Logistic", {1, 5, 2, 3}, {0, 1, 2, 3});
-        check_derivatives("Logistic5", {1, 5, 2, 3, 0.6}, {1, 2, 3});
-        check_derivatives("SLogistic1", {3, 2, 1.5}, {0, 2, 3});
-        check_derivatives("SLogistic2", {0.5, 4, 1.5}, {-1, 0, 3});
-        check_derivatives("SLogistic3", {4, 7, 1.5}, {-1, 0, 2});
-        check_derivatives("Slogistic4", {1, 5, 2, 1.5}, {0, 2, 3});
-    }
 
     TEST_CASE("logistic in a power: domains and error variables that differ between the steps")
     {

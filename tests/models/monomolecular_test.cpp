@@ -13,15 +13,7 @@ TEST_SUITE("monomolecular")
 
     TEST_CASE("derivatives are the exact partials, but for the listed entries")
     {
-        check_derivatives("BoxLucas1", {5, 0.5}, {-1, 0, 3});
-        check_derivatives("BoxLucas1Mod", {5, 0.6}, {-1, 0, 3});
-        check_derivatives("BoxLucas1EVP", {4, 3, 0.6}, {-1, 0, 3});
-        check_derivatives("BoxLucas2", {0.7, 0.2}, {-1, 0, 3});
-        check_derivatives("BoxLucas2", {0, 0.2}, {3});  // only a value call takes the shortcut
-        check_derivatives("MnMolecular", {5, 1, 0.5}, {-1, 3});
         check_derivatives("MnMolecular", {5, 1, 0.5}, {1}, {3});
-        check_derivatives("MnMolecular1", {5, 3, 0.5}, {-1, 0, 3});
-        check_derivatives("ExpLinear", {3, 1.5, 1, 0.2}, {-1, 0, 3});
         check_derivatives("ExpGrowth", {1, 0.5}, {-1, 1, 3}, {1});
     }
 

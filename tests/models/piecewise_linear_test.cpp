@@ -1,19 +1,12 @@
 #include <doctest/doctest.h>
 
 #include "tests/support/check_call.h"
-#include "tests/support/derivatives.h"
 
 using namespace curvebank::test;
 
 TEST_SUITE("piecewise linear")
 {
     constexpr int V = EVAL_VALUE, D = EVAL_DERIVS;
-
-    TEST_CASE("derivatives are the exact partials")
-    {
-        check_derivatives("PWL2", {1, 2, 0.3, -0.5}, {-2, 1});
-        check_derivatives("PWL3", {1, 2, -1.1, -0.5, 2.2, 3}, {-2, 1, 4});
-    }
 
     TEST_CASE(
         "a breakpoint belongs to the piece on its right; at a step only the derivative by its place is missing")

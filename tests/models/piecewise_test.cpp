@@ -12,7 +12,6 @@ TEST_SUITE("piecewise")
 
     TEST_CASE("derivatives are the exact partials on both sides, but for dy[8] of ExpGrow3Dec2 while it grows")
     {
-        check_derivatives("ExpGrowDec", {1, 4, 2, 1.5, 3, 2}, {-1, 0, 3, 5, 9});
         check_derivatives("ExpGrow3Dec2", {1, 4, 0.5, 1.5, -0.4, 2.5, 0.3, 4, 2, 1.2, 1, 5}, {-1, 3, 5, 9}, {8});
     }
 

@@ -3,7 +3,7 @@
 
 #include <doctest/doctest.h>
 
-#include "tests/support/derivatives.h"
+#include "tests/support/call.h"
 
 using namespace curvebank::test;
 
@@ -11,18 +11,6 @@ TEST_SUITE("polynomials")
 {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     constexpr int both = EVAL_VALUE | EVAL_DERIVS;
-
-    TEST_CASE("derivatives are the exact partials")
-    {
-        check_derivatives("Constant", {3}, {-2, 0, 5});
-        check_derivatives("Line", {1, -2}, {-2, 0, 5});
-        check_derivatives("Parabola", {1, -2, 0.5}, {-2, 0, 3});
-        check_derivatives("Cubic", {1, -2, 0.5, 0.25}, {-2, 0, 3});
-        check_derivatives("Poly4", {1, -2, 0.5, 0.25, -1}, {-2, 0, 2});
-        check_derivatives("Poly5", {1, -2, 0.5, 0.25, -1, 0.125}, {-2, 0, 2});
-        check_derivatives("PolyN", {1, -2, 0, 0.25, -1, 0.125, 1}, {-1.5, 0, 2});
-        check_derivatives("LineMod", {2, 3}, {-2, 3, 5});
-    }
 
     TEST_CASE("value and derivative steps sum in their own order")
     {

@@ -1,7 +1,6 @@
 #include <doctest/doctest.h>
 
 #include "tests/support/check_call.h"
-#include "tests/support/derivatives.h"
 
 using namespace curvebank::test;
 
@@ -27,7 +26,6 @@ TEST_SUITE("power")
         };
         for (const Case &c : cases) {
             CAPTURE(c.name);
-            check_derivatives(c.name, c.p, {0.5, 1, 3});
             Call call(c.name, c.p, {3}), steep(c.name, c.steep, {1e3});
             CHECK(call.run(D) == 0);
             const double value = call.y[1];
@@ -68,9 +66,6 @@ TEST_SUITE("power")
     TEST_CASE(
         "powers of a distance: derivatives, the centre, domains and error tests that differ between the steps")
     {
-        check_derivatives("Power0", {1, 2, 1.5, 1.7}, {-1, 1.5, 4});
-        check_derivatives("Power1", {2, 1.5, 1.7}, {-1, 1.5, 4});
-        check_derivatives("Power2", {2, 1.5, 1.7, 1.3}, {-1, 1.5, 4});
         // at the centre no power, no error test, and a success
         check_call("Power0", {5, 2, 3, 2}, 2, V, {34, 0}, 5, {34, 0});
         check_call("Power0", {5, 2, 3, 2}, 2, D, {34, 0}, 0, {34, 0}, {1, M, 0, M});

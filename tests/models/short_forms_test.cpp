@@ -2,21 +2,13 @@
 
 #include <doctest/doctest.h>
 
-#include "tests/support/derivatives.h"
+#include "tests/support/call.h"
 
 using namespace curvebank::test;
 
 TEST_SUITE("short exponentials")
 {
     constexpr int both = EVAL_VALUE | EVAL_DERIVS, derivs_errptr = EVAL_DERIVS | EVAL_USE_ERRPTR;
-
-    TEST_CASE("derivatives are the exact partials")
-    {
-        for (const std::string name : {"Exp1P1", "Exp1P2", "Exp1P2Md", "Exp1P3", "Exp1P3Md", "Exp1P4", "Exp1P4Md"})
-            check_derivatives(name, {0.6}, {-2, 0, 1.5, 3});
-        for (const std::string name : {"Exp2P", "Exp2PMod1", "Exp2PMod2"})
-            check_derivatives(name, {1.5, 0.6}, {-2, 0, 1.5, 3});
-    }
 
     TEST_CASE("overflow: which step sees it, what it marks and which error variable it clears")
     {

@@ -2,19 +2,13 @@
 
 #include <doctest/doctest.h>
 
-#include "tests/support/derivatives.h"
+#include "tests/support/call.h"
 
 using namespace curvebank::test;
 
 TEST_SUITE("three-parameter exponentials")
 {
     constexpr int both = EVAL_VALUE | EVAL_DERIVS;
-
-    TEST_CASE("derivatives are the exact partials")
-    {
-        for (const std::string name : {"Exp3P1", "Exp3P1Md", "Exp3P2"})
-            check_derivatives(name, {2, 0.8, -0.3}, {-2, 0, 1.5, 5});
-    }
 
     TEST_CASE("the pole, the limit and stale codes: what each step looks at and marks")
     {

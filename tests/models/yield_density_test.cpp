@@ -1,7 +1,6 @@
 #include <doctest/doctest.h>
 
 #include "tests/support/check_call.h"
-#include "tests/support/derivatives.h"
 
 using namespace curvebank::test;
 
@@ -9,16 +8,6 @@ TEST_SUITE("yield and density")
 {
     constexpr int V = EVAL_VALUE, D = EVAL_DERIVS, E = EVAL_USE_ERRPTR;
     constexpr double M = MISSING_VALUE;
-
-    TEST_CASE("derivatives are the exact partials")
-    {
-        check_derivatives("Holliday", {0.5, 0.2, 0.05}, {-1, 0, 4});
-        check_derivatives("BlNeldSmp", {0.5, 0.3, 0.8}, {-1, 0, 4});
-        check_derivatives("BlNeld", {0.5, 0.3, 0.8, 1.25}, {0, 0.5, 4});
-        check_derivatives("BlNeldEVP", {1, 3, 6, 1.2, 0.8}, {0.5, 2, 6, 9});
-        check_derivatives("Gunary", {0.5, 0.3, 0.2}, {0, 0.5, 4});
-        check_derivatives("Nelder", {0.5, 0.4, 0.3, 0.05}, {-0.5, 0, 4});
-    }
 
     TEST_CASE("outside the domain: what is marked, and which error variable is cleared")
     {
