@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include <tuple>
 
 #include <doctest/doctest.h>
