@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include <doctest/doctest.h>
 
 #include "tests/support/check_call.h"

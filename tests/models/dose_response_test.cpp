@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <cmath>
+
 #include <doctest/doctest.h>
 
 #include "tests/support/call.h"

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <cmath>
+
 #include "tests/support/check_surface.h"
 
 using namespace curvebank::test;

@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "tests/support/check_surface.h"
 
 using namespace curvebank::test;
