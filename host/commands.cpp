@@ -92,11 +92,10 @@ FitOptions read_options(const FitCommand &command, const ModelReference &about,
     options.upper.assign(parameters.size(), infinity);
 
     // A linear model finds its parameters from anywhere; others begin at their sample.
-    if (!about.linear && about.sample_parameters.size() == parameters.size())
-        options.start = about.sample_parameters;
+    const bool sample_starts = !about.linear && about.sample_parameters.size() >= parameters.size();
+    if (sample_starts) std::copy_n(about.sample_parameters.begin(), parameters.size(), options.start.begin());
     const std::vector<bool> set = assign(command.start, "--start", parameters, options.start);
-    if (!about.linear && about.sample_parameters.size() != parameters.size() &&
-        std::find(set.begin(), set.end(), false) != set.end())
+    if (!about.linear && !sample_starts && std::find(set.begin(), set.end(), false) != set.end())
         throw Error(fmt::format("--start must give all {} parameters of this fit", parameters.size()));
     if (!command.fix.empty())
         for (const std::string &part : split(command.fix, ',')) {
@@ -315,6 +314,8 @@ void show(const Library &library, const std::string &name)
                         ? about->text()
                         : fmt::format("{}{} = {}", value, about->second.empty() ? "" : "1", about->text()));
     if (!about->second.empty()) line("", fmt::format("{}2 = {}", value, about->second));
+    if (about->tolerance > ModelReference().tolerance)
+        line("", fmt::format("an approximation of what the library computes, to {:g} of it", about->tolerance));
     line("Domain", about->domain);
     line("Source", about->source);
     line("Variables", fmt::format("{} independent, {} dependent", model.nIndep, model.nDep));

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include <muParser.h>
+#include <boost/math/special_functions/bessel.hpp>
 #include <boost/math/special_functions/gamma.hpp>
 
 #include "host/error.h"
@@ -14,6 +15,11 @@ namespace {
 double gammap(double a, double z)
 {
     return boost::math::gamma_p(a, z, platform::Quiet());
+}
+
+double besseli1(double t)
+{
+    return boost::math::cyl_bessel_i(1, t, platform::Quiet());
 }
 
 }  // namespace
@@ -30,6 +36,7 @@ Expression::Expression(const std::string &text) : parser_(std::make_unique<Parse
     parser.DefineFun("floor", static_cast<double (*)(double)>(std::floor));
     parser.DefineFun("gamma", static_cast<double (*)(double)>(std::tgamma));
     parser.DefineFun("gammap", gammap);
+    parser.DefineFun("besseli1", besseli1);
     parser.DefineFun("lgamma", static_cast<double (*)(double)>(std::lgamma));
     parser.DefineConst("pi", 3.141592653589793);
     try {

@@ -8,8 +8,9 @@
 
 namespace curvebank::host {
 
-/// An expression of named variables. Besides the parser's own functions it knows erf, floor, gamma, lgamma and pi.
-/// Throws Error where the text cannot be understood.
+/// An expression of named variables. Besides the parser's own functions it knows besseli1 (the modified Bessel
+/// function I1), erf, floor, gamma, gammap (the regularised lower incomplete gamma function), lgamma and pi. Throws
+/// Error where the text cannot be understood.
 class Expression {
 public:
     explicit Expression(const std::string &text);

@@ -37,16 +37,17 @@ Shape shape(const KnownModel &known, int wanted)
 {
     const ModelReference &about = *known.about;
     if (about.placeholder) throw Error(about.name + " is a placeholder: it computes nothing");
-    const int usual = std::max(static_cast<int>(about.sample_parameters.size()), known.model.nParams);
+    const bool repeats = !about.repeated.empty();
+    const int read = static_cast<int>(about.parameters.size());
+    const int usual = repeats ? known.model.nParams : read;
     const int count = wanted > 0 ? wanted : usual;
     const auto names = about.names(count);
-    if (about.repeated.empty() ? count != usual : static_cast<int>(names.size()) != count) {
-        throw Error(about.repeated.empty()
-                        ? fmt::format("{} takes {} parameters, not {}", about.name, usual, count)
-                        : fmt::format("{} takes {} parameters and {} for every term; {} do not fit", about.name,
-                                      about.parameters.size(), about.repeated.size(), count));
-    }
-    return {about.repeated.empty() ? known.model.nParams : count, names};
+    if (!repeats && count != usual)
+        throw Error(fmt::format("{} takes {} parameters, not {}", about.name, usual, count));
+    if (static_cast<int>(names.size()) != count)
+        throw Error(fmt::format("{} takes {} parameter{} and {} for every term; {} do not fit", about.name, read,
+                                read == 1 ? "" : "s", about.repeated.size(), count));
+    return {repeats ? count : known.model.nParams, names};
 }
 
 }  // namespace curvebank::host

@@ -73,6 +73,8 @@ TEST_CASE("surfaces, two outputs and implicit models")
         run("eval Gauss2D --params 1,5,2,1.5,-1,0.8 --x 2,3.5 --y=-1,0 --csv --plot '" + plot + "'");
     CHECK(contains(surface, "x,y,z,term1\n2,-1,6,5\n3.5,-1,4.032653298563167,3.032653298563167\n2,0,"));
     CHECK(std::filesystem::file_size(plot) > 1000);
+    CHECK(
+        contains(run("eval Gauss2D --params z0=1,A=5,xc=2,w1=1.5,yc=-1,w2=0.8 --x 2 --y=-1 --csv"), "2,-1,6,5\n"));
     CHECK(run("eval Line3 --params 1,2,3,4 --x 1 --csv").output == "x,y1,y2\n1,3,7\n");
 
     std::ofstream(circle) << "x,y\n5,-1\n3,1.001\n1,-1\n3,-3\n4.414,0.414\n";
@@ -113,7 +115,7 @@ TEST_CASE("every error is one line and a non-zero exit")
         {"fit Line " + pontius + " --fix a0,a1", "every parameter is fixed: there is nothing to fit"},
         {"fit Line " + pontius + " --nparams 3", "Line takes 2 parameters, not 3"},
         {"fit InvsPoly " + pontius + " --nparams 8",
-         "InvsPoly takes 1 parameters and 6 for every term; 8 do not fit"},
+         "InvsPoly takes 1 parameter and 6 for every term; 8 do not fit"},
         {"fit Rational4P " + pontius, "Rational4P is a placeholder: it computes nothing"},
         {"fit Line " + pontius + " --plot fit.pdf", "a plot is a .png or a .svg file, not fit.pdf"},
         {"eval Line --params 1,2,3 --x 1", "Line takes 2 parameters, not 3"},
