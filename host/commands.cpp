@@ -11,6 +11,7 @@
 #include <fmt/ranges.h>
 
 #include "host/arguments.h"
+#include "host/check.h"
 #include "host/error.h"
 #include "host/fit.h"
 #include "host/known_model.h"
@@ -280,6 +281,17 @@ void plot_model(const EvalOptions &options, Evaluator &evaluator, const ModelRef
     }
 }
 
+/// Formulas as text of a Markdown table.
+std::string markdown(const std::string &text)
+{
+    std::string escaped;
+    for (const char c : text) {
+        if (c == '*' || c == '|') escaped += '\\';
+        escaped += c;
+    }
+    return escaped;
+}
+
 }  // namespace
 
 void list(const Library &library, const std::string &filter)
@@ -406,6 +418,56 @@ int fit(const Library &library, const FitCommand &command)
         }
     }
     return 0;
+}
+
+void check(const Library &library, const CheckCommand &command)
+{
+    const KnownModel known = find_model(library, command.model);
+    const Table table = read_table(command.table);
+    const size_t column = table.column(command.column.empty() ? "1" : command.column);
+    DerivativeCheck result = check_derivatives(library, known, command.parameters, table.columns[column]);
+    result.table.names[0] = table.names[column];
+    fmt::print("{}\n{:<12} {:>18} {:>18} {:>18}\n", aligned_text(result.table), "Parameter", "value",
+               "max. disagreement", "at " + table.names[column]);
+    for (const auto &[name, value, disagreement, at] : result.parameters) {
+        fmt::print("{:<12} {:>18.12g} ", name, value);
+        if (std::isnan(disagreement))
+            fmt::print("{:>18}\n", "not compared");
+        else
+            fmt::print("{:>18.3g} {:>18.12g}\n", disagreement, at);
+    }
+}
+
+int check_all(const Library &library)
+{
+    std::vector<std::string> value_only;
+    size_t compared = 0, unexplained = 0;
+    fmt::print("| model | entry of dy | holds | relative disagreement |\n| --- | --- | --- | --- |\n");
+    for (const ModelReference &about : reference()) {
+        if (about.placeholder) continue;
+        if (!about.derivatives) {
+            value_only.push_back(about.name);
+            continue;
+        }
+        ++compared;
+        std::vector<std::vector<double>> axes;
+        for (const auto &[low, high] : about.sample_ranges)
+            axes.push_back(span_of({low, high}, about.sample_ranges.size() == 1 ? 21 : 7));
+        for (const InexactEntry &entry : inexact_entries(find_model(library, about.name), grid_of(axes))) {
+            unexplained += entry.holds.empty();
+            fmt::print("| {} | {} (d/d{}) | {} | {} |\n", about.name, entry.entry, entry.parameter,
+                       entry.holds.empty() ? "unexplained" : markdown(entry.holds),
+                       !entry.written       ? "not written"
+                       : !entry.has_partial ? "exact is 0"
+                                            : fmt::format("{:.2g}", entry.disagreement));
+        }
+    }
+    fmt::print("\n{} models compared at their samples; {} more give no derivatives: {}.\n", compared,
+               value_only.size(), fmt::join(value_only, ", "));
+    if (unexplained == 0) return 0;
+    fmt::print(stderr, "curvebank: {} derivative entries differ without an explanation in the reference\n",
+               unexplained);
+    return exit_unexplained;
 }
 
 }  // namespace curvebank::host

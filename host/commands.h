@@ -8,7 +8,7 @@
 
 namespace curvebank::host {
 
-constexpr int exit_not_converged = 2, exit_too_few_digits = 3;
+constexpr int exit_not_converged = 2, exit_too_few_digits = 3, exit_unexplained = 4;
 
 /// The models with that text in name or title, a line each.
 void list(const Library &library, const std::string &filter);
@@ -33,5 +33,18 @@ struct FitCommand {
 
 /// A least-squares fit to a table. Returns the program's exit code.
 int fit(const Library &library, const FitCommand &command);
+
+struct CheckCommand {
+    std::string model, table, parameters, column;
+    bool all = false;
+};
+
+/// A model's own derivatives beside forward differences, as the library's diagnostic command finds them over a
+/// column of a table.
+void check(const Library &library, const CheckCommand &command);
+
+/// A table, in Markdown, of all derivative entries that are not the exact partials, found by comparison at every
+/// model's sample. Returns the program's exit code.
+int check_all(const Library &library);
 
 }  // namespace curvebank::host

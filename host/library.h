@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "curvebank/model_func.h"
+#include "curvebank/curvebank.h"
 #include "platform/shared_library.h"
 
 namespace curvebank::host {
@@ -39,6 +39,9 @@ public:
 
     /// A model that is reached by its export name alone and has no counts in the catalogue.
     ModelFunc exported(const std::string &name) const { return library_.function<ModelFunc>(name.c_str()); }
+
+    /// The command that lists and checks models on a host's worksheet, or null.
+    decltype(&FuncTest) diagnostic_command() const { return library_.function<decltype(&FuncTest)>("FuncTest"); }
 
 private:
     using GetFunc = ModelFunc (*)(const char *, uint16_t *, uint16_t *, uint16_t *, uint16_t *);

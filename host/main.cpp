@@ -70,6 +70,15 @@ int run(int argc, char **argv)
     fit_app->add_option("--digits", fit_options.digits, "fail below this many digits of agreement")
         ->needs(certified);
 
+    CheckCommand check_options;
+    CLI::App *check_app = app.add_subcommand("check", "A model's derivatives beside differences");
+    CLI::Option *checked = check_app->add_option("model", check_options.model);
+    check_app->add_option("table", check_options.table, "a table to take x from: a CSV file");
+    check_app->add_option("--params", check_options.parameters, "1,2,3");
+    check_app->add_option("--column", check_options.column, "the table's column (default: the first)");
+    check_app->add_flag("--all", check_options.all, "all models at their samples: a table of the inexact entries")
+        ->excludes(checked);
+
     CLI11_PARSE(app, argc, argv);
     const Library library = Library::standard();
     if (list_app->parsed()) list(library, filter);
@@ -77,6 +86,12 @@ int run(int argc, char **argv)
     if (eval_app->parsed()) {
         if (eval_options.x.empty() && eval_options.table.empty()) throw Error("eval needs --x or --table");
         eval(library, eval_options);
+    }
+    if (check_options.all) return check_all(library);
+    if (check_app->parsed()) {
+        if (check_options.table.empty() || check_options.parameters.empty())
+            throw Error("check needs a model, a table and --params, or --all");
+        check(library, check_options);
     }
     return fit_app->parsed() ? fit(library, fit_options) : 0;
 }

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 
 #include <sys/wait.h>
@@ -84,6 +85,34 @@ TEST_CASE("surfaces, two outputs and implicit models")
     CHECK(contains(run("fit Helix '" + circle + "'"), "no column 3; the columns are x, y"));
 }
 
+TEST_CASE("check shows a model's derivatives beside differences")
+{
+    const std::string points = temporary("points.csv");
+    std::ofstream(points) << "n,t\n1,0.5\n2,\n3,1e1\n";
+    const std::string line = "check line '" + points + "' --column t --params ";
+    const Run check = run(line + "1e-3,pi");
+    CHECK(check.exit_code == 0);
+    CHECK(contains(check, "                 t              value             dy/da0         difference"));
+    CHECK(contains(check, "               0.5      1.57179632679                  1"));
+    CHECK(contains(check, "missing"));
+    CHECK(contains(check, "\na1                3.14159265359"));
+    CHECK(contains(run(line + "1,2+3"), "--params: Line takes 2 numbers separated by commas, 1 could be read"));
+    CHECK(contains(run(line + "1,two"), "unknown name: two"));
+    CHECK(contains(run("check PolyN '" + points + "' --params 1,2,3,4,5,6,7,8,9,10,11"), "takes 10 numbers"));
+    // The differences of the tenth parameter have no column.
+    CHECK(contains(run("check PolyN '" + points + "' --params 1,2,3,4,5,6,7,8,9,10"), "not compared"));
+}
+
+TEST_CASE("the document of the inexact derivatives is what check --all prints")
+{
+    const Run all = run("check --all");
+    CHECK(all.exit_code == 0);
+    CHECK(contains(all, "| Rational4 | 1 (d/da) | -b/(a + x), without the square of the exact partial |"));
+    std::ifstream file(DOCS "/derivatives.md");
+    const std::string document{std::istreambuf_iterator<char>(file), {}};
+    CHECK(document.ends_with("\n" + all.output));
+}
+
 TEST_CASE("fit writes report, table and plot, and leaves out what it cannot use")
 {
     const std::string data = temporary("data.csv"), table = temporary("fit.csv"), plot = temporary("fit.svg");
@@ -123,6 +152,7 @@ TEST_CASE("every error is one line and a non-zero exit")
         {"eval Line --params 1,zwei --x 1", "--params: zwei is no number"},
         {"eval Line --params 1,2 --x 0:1:0", "--x: 0:1:0 is no range of 1 to 10 million points"},
         {"eval Line --params 1,2", "eval needs --x or --table"},
+        {"check Line", "check needs a model, a table and --params, or --all"},
     };
     for (const auto &error : errors) {
         CAPTURE(error.arguments);
