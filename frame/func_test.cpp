@@ -1,5 +1,6 @@
 #include "frame/func_test.h"
 
+#include <bit>
 #include <cerrno>
 #include <cstddef>
 
@@ -34,7 +35,7 @@ public:
 
     const void *find_column(const char *name, RowRange *rows) const
     {
-        return reinterpret_cast<const void *>(callback_(0, HOST_FIND_COLUMN, name, rows));
+        return std::bit_cast<const void *>(callback_(0, HOST_FIND_COLUMN, name, rows));
     }
 
     bool eval_number(const char *text, double *value) const
@@ -77,8 +78,8 @@ private:
     HostCallback callback_;
 };
 
-/// A model with its arrays. They hold more than its count says: models of several blocks read and write up to a
-/// block beyond it. The largest count is 10, so that 64 entries leave a wide margin.
+/// A model with its arrays. Some models read and write a few entries more than their count says. The largest count
+/// is 12 and 20 parameters can be given, so that 64 entries leave a wide margin.
 struct Evaluation {
     static constexpr size_t room = 64;
     using Array = std::array<double, room>;

@@ -117,8 +117,10 @@ struct Sheet {
 
 Sheet *Sheet::current = nullptr;
 
+using Array = std::array<double, test::Call::room>;
+
 struct Arrays {
-    std::array<double, test::Call::room> p{}, x{}, y, dy;
+    Array p{}, x{}, y, dy;
 
     Arrays()
     {
@@ -198,6 +200,7 @@ TEST_SUITE("diagnostic command")
                 if (!row.function) continue;
 
                 const int n = row.nParams;
+                const ModelFunc model = test::model(row.name);
                 // On missing outputs, because one model multiplies an entry that it may not have written.
                 const auto call = [&](int flags, size_t at, int moved) {
                     Arrays direct;
@@ -205,9 +208,11 @@ TEST_SUITE("diagnostic command")
                     if (moved > 0) direct.p[static_cast<size_t>(moved)] += 1e-8;
                     direct.x[1] = sheet.columns["time"][at];
                     errno = 0;
-                    test::model(row.name)(static_cast<int16_t>(flags), nullptr, static_cast<int16_t>(n), nullptr, 0,
-                                          direct.p.data(), nullptr, direct.x.data(), direct.y.data(),
-                                          direct.dy.data());
+                    model(static_cast<int16_t>(flags), nullptr, static_cast<int16_t>(n), nullptr, 0,
+                          direct.p.data(), nullptr, direct.x.data(), direct.y.data(), direct.dy.data());
+                    // The command's arrays have as many entries as these: half of them must be more than enough.
+                    for (const Array &written : {direct.y, direct.dy})
+                        CHECK(std::all_of(written.begin() + test::Call::room / 2, written.end(), test::is_missing));
                     return direct;
                 };
                 std::multiset<const void *> updated{&sheet.columns["value"]};
