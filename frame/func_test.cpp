@@ -63,7 +63,7 @@ public:
         callback_(0, HOST_UPDATE_COLUMN, column, &rows);
     }
 
-    /// The same for an output column from 1. Columns beyond the bound ones do not exist.
+    /// The same two for output columns, from 1. Those beyond the bound ones do not exist.
     void set_output(int index, double value) const
     {
         if (index <= output_columns) set_cell(bound.outputs[static_cast<size_t>(index)], value);
