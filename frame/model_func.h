@@ -32,10 +32,13 @@ enum {
  *   perr      the caller's error variable; dereferenced only with EVAL_USE_ERRPTR
  *   nParams   number of parameters in p; models of repeated terms take their number of terms from it
  *   p         parameters p[1..nParams]
- *   x         independent variables x[1..nIndep]; surfaces mark a failure in x[2]
+ *   x         independent variables x[1..nIndep], for BatesWatts x[1..2]; surfaces mark a failure in x[2]
  *   y         results: y[1..nDep], and one element more per term for models of repeated terms
  *   dy        derivatives of y[1] with respect to p[1..nParams]
  *   reserved  never read; pass 0
+ *
+ * Models whose names end in EVP, EVP1, EVP2 or EVP3 read and write up to two entries of p and dy more than their
+ * count says, and models of repeated terms may space their terms wider than they count them: give p and dy room.
  *
  * The error variable must be 0 on entry: a model reads it after its exponentials and powers, and 33
  * (EDOM) or 34 (ERANGE) left over from an earlier computation makes it fail.

@@ -6,6 +6,9 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -331,11 +334,12 @@ void show(const Library &library, const std::string &name)
     line("Domain", about->domain);
     line("Source", about->source);
     line("Variables", fmt::format("{} independent, {} dependent", model.nIndep, model.nDep));
-    line("Parameters",
-         fmt::format("{}{}", model.nParams,
-                     about->repeated.empty()
-                         ? ""
-                         : fmt::format(" as listed; {} more for every further term", about->repeated.size())));
+    std::string count = std::to_string(model.nParams);
+    if (!about->repeated.empty())
+        count += fmt::format(" as listed; {} more for every further term", about->repeated.size());
+    else if (std::cmp_greater(about->parameters.size(), model.nParams))
+        count += fmt::format(" by its count, but all {} entries of p and dy are used", about->parameters.size());
+    line("Parameters", count);
     for (const auto &parameters : {about->parameters, about->repeated})
         for (const auto &[parameter, meaning] : parameters) fmt::print("    {:<10}{}\n", parameter, meaning);
     line("Export", exported ? fmt::format("{} (ordinal {})", exported->name, exported->ordinal)

@@ -54,6 +54,7 @@ TEST_CASE("list and show")
     CHECK(contains(rational4, "y = c + b / (a + x)"));
     CHECK(contains(rational4, "entry 1 is -b/(a + x)"));
     CHECK(contains(rational4, "Rational4 (ordinal 476)"));
+    CHECK(contains(run("show HarrisEVP"), "3 by its count, but all 5 entries of p and dy are used"));
 }
 
 TEST_CASE("eval")
