@@ -31,8 +31,6 @@ TEST_SUITE("asymmetric surfaces")
         check_surface("LogisticPeak", {1, 2, 3, 4, 5}, 4, 7, V | D, {33, 12}, 1, {0, 12}, {1});
         check_surface("LogNormal2D", ridges, 3, 6, V | D, {0, 0}, 0, {0, 0}, {16, 15});
         check_surface("LogNormal2D", ridges, 3, 6, D, {34, 33}, 0, {34, 33}, {});
-        for (const std::string name : {"GaussLog", "LogisticPeak", "LogNormal2D"})
-            check_surface(name, ridges, 3, 6, EVAL_INIT | V | D, {34, 0}, 0, {34, 0}, {});
     }
 
     TEST_CASE("logarithms: their codes, with the caller's variable unnoticed, and the share stored before the test")

@@ -59,11 +59,4 @@ TEST_SUITE("dose response")
             CHECK((call.caller_code == 0 && call.runtime_code == 0));
         }
     }
-
-    TEST_CASE("Competition2 answers queries before all else")
-    {
-        Call call("Competition2", {9, 1, -7, -4, 0.4}, {1});
-        CHECK(call.run(EVAL_QUERY | EVAL_INIT | both) == QUERY_REPLY);
-        CHECK((call.dy_untouched(1) && !call.dy_untouched() && same_bits(call.y[1], untouched)));
-    }
 }

@@ -67,13 +67,4 @@ TEST_SUITE("gaussian lorentzian")
         call.p[6] = 1;
         CHECK((call.run(V | D) == 0 && call.dy[1] == 1 && call.dy_untouched(5)));
     }
-
-    TEST_CASE("queries come before initialisation, which the split Gaussian answers by 0")
-    {
-        for (const std::string name : {"GaussAmp", "Gaussian", "BiGaussian", "Lorentz"}) {
-            Call call(name, {1, 2, 1, 3, 1}, {2});
-            CHECK((call.run(EVAL_QUERY | EVAL_INIT | V) == QUERY_REPLY && !call.dy_untouched(0, 0)));
-            CHECK((call.run(EVAL_INIT | V | D) == (name != std::string("BiGaussian")) && call.nothing_written()));
-        }
-    }
 }

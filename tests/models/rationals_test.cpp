@@ -96,7 +96,5 @@ TEST_SUITE("rationals")
             CHECK(call.run(both) == 0);
             CHECK(call.nothing_written());
         }
-        CHECK(Call("RationalEVP", {1}, {1}).run(EVAL_INIT | EVAL_VALUE) == 1);
-        CHECK(Call("Rational4P", {1}, {1}).run(EVAL_INIT | EVAL_VALUE) == 0);
     }
 }

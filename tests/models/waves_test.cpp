@@ -41,11 +41,4 @@ TEST_SUITE("waves")
         check_call("SquareWave", {5, 7, 1, 0}, 3, D, {12, 33}, M, {0, 33});
         check_call("SquareWaveMod", {5, 7, 1, 0.25, 4}, -2, D, {0, 0}, 5, {0, 0}, {0, 1, 0, 0, 0});
     }
-
-    TEST_CASE("sines answer queries before anything else")
-    {
-        Call call("SineDamp", {1, 0, 2, 0, 3}, {1});
-        CHECK(call.run(EVAL_QUERY | EVAL_INIT | V | D) == QUERY_REPLY);
-        CHECK((std::memcmp(&call.dy[0], "\0\0\0\0", 4) == 0 && call.dy_untouched(1) && !is_missing(call.y[1])));
-    }
 }

@@ -44,7 +44,6 @@ TEST_SUITE("yield and density")
         check_call("BlNeld", {0, 2, -2, 1}, 0, D, {0, 0}, M, {0, 0}, {M, M, M, M});
         check_call("BlNeldEVP", {1, 2, 3, 4, 1}, 1, V | E, {33, 0}, 2, {33, 0});
         check_call("BlNeldEVP", {1, 2, 3, 4, 0.5}, 20, D, {0, 12}, M, {0, 12}, {M, M, M, M, M});
-        CHECK(Call("BlNeldEVP", {1, 2, 3, 4, 1}, {1}).run(EVAL_INIT | V) == 0);
         check_call("Gunary", {1, 1, 1}, -1, D, {12, 0}, M, {0, 0}, {M, M, M});
         check_call("Gunary", {1, 1, 1}, NAN, V | D, {0, 0}, NAN, {0, 0});
         check_call("Nelder", {1, 1, INFINITY, 0}, -1, V, {0, 0}, 0, {0, 0});
