@@ -11,6 +11,10 @@ import sys
 SYSTEM_DLLS = {"kernel32.dll", "user32.dll", "msvcrt.dll", "ucrtbase.dll"}
 # Functions whose errors the contract is about: they may come from nowhere but the Universal C Runtime.
 UCRT_ONLY = {"_errno", "acos", "cos", "exp", "expm1", "floor", "log", "pow", "sin", "sqrt", "tanh"}
+# All that the ELF library takes from elsewhere: mathematical functions, errno, and snprintf for the diagnostic command.
+# No allocation, no lock, no system call.
+ELF_IMPORTS = re.compile(r"(acos|atan2|ceil|cos|exp|expm1|floor|frexp|hypot|ldexp|log|log1p|pow|sin|sqrt|tanh)l?"
+                         r"|__errno_location|snprintf")
 
 
 def output(*command):
@@ -27,6 +31,11 @@ def check_elf(library, expected, nm):
     exported = {name for _, _, name in symbols}
     assert exported == set(expected), f"exported and listed names differ: {sorted(exported ^ set(expected))}"
     assert all(kind == "T" for _, kind, _ in symbols), "every export is a function"
+
+    imported = {line.split()[1].split("@")[0] for line in output(nm, "-D", "-u", library).splitlines() if " U " in line}
+    if not any("san_" in name for name in imported):
+        foreign = sorted(name for name in imported if not ELF_IMPORTS.fullmatch(name))
+        assert not foreign, f"imports {foreign}"
 
 
 def check_pe(library, expected, objdump):

@@ -1,0 +1,108 @@
+// Random calls of a model, with special numbers among their arguments, and all that a call can change.
+
+#pragma once
+
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <random>
+
+#include "frame/catalogue.h"
+#include "tests/support/call.h"
+
+namespace curvebank::test {
+
+constexpr int most_parameters = 60;  // of a random call: 20 peaks
+constexpr size_t room = 96;          // for every array of a call, with what models use beyond nParams
+
+/// A call's arguments and everything that it can change.
+struct CallState {
+    using Array = std::array<double, room>;
+
+    int16_t flags = 0, nParams = 0;
+    int32_t result = 0, runtime_code = 0, caller_code = 0;
+    Array p{}, x{}, y{}, dy{};
+
+    /// Calls the model with other arrays in the place of these. Without EVAL_USE_ERRPTR the caller's error variable
+    /// is an address that cannot be read.
+    void run(ModelFunc model, const double *own_p, double *own_x, double *own_y, double *own_dy)
+    {
+        auto *const unreadable = reinterpret_cast<int32_t *>(uintptr_t{16});
+        errno = runtime_code;
+        result = model(flags, flags & EVAL_USE_ERRPTR ? &caller_code : unreadable, nParams, nullptr, 0, own_p,
+                       nullptr, own_x, own_y, own_dy);
+        runtime_code = errno;
+    }
+
+    void run(ModelFunc model) { run(model, p.data(), x.data(), y.data(), dy.data()); }
+};
+
+inline bool same(const CallState::Array &a, const CallState::Array &b)
+{
+    return std::memcmp(a.data(), b.data(), sizeof a) == 0;
+}
+
+/// Whether two calls ended with the same bits.
+inline bool same(const CallState &a, const CallState &b)
+{
+    return a.result == b.result && a.runtime_code == b.runtime_code && a.caller_code == b.caller_code &&
+           same(a.p, b.p) && same(a.x, b.x) && same(a.y, b.y) && same(a.dy, b.dy);
+}
+
+/// The same, any NaN being like any other: its sign and payload depend on the order of operands.
+inline bool alike(CallState a, CallState b)
+{
+    for (CallState *state : {&a, &b})
+        for (auto *array : {&state->p, &state->x, &state->y, &state->dy})
+            for (double &value : *array)
+                if (std::isnan(value)) value = NAN;
+    return same(a, b);
+}
+
+class Random {
+public:
+    explicit Random(uint64_t seed) : bits_(seed) {}
+
+    uint64_t below(uint64_t limit) { return bits_() % limit; }
+
+    /// A number of any kind, or a moderate positive one, with which most models get through.
+    double number(bool moderate)
+    {
+        constexpr double infinity = std::numeric_limits<double>::infinity();
+        static constexpr double special[] = {0.0,    -0.0,   1.0,    -1.0,    2.0,          1e300,
+                                             -1e300, 1e-300, 5e-324, -1e-308, infinity,     -infinity,
+                                             NAN,    300.0,  -300.0, 700.0,   MISSING_VALUE};
+        const double u = static_cast<double>(bits_() >> 11) * 0x1p-53;
+        if (moderate) return 5 * u;
+        if (below(2)) return special[below(std::size(special))];
+        return (u - 0.5) * std::pow(10.0, static_cast<double>(below(12)) - 4);
+    }
+
+    /// Any call of a model. Many ask for neither a query nor an initialisation, one in three has a count of its
+    /// own, one in five has x on a parameter, and half find codes from before in the error variables.
+    CallState call(const ModelCatalogEntry &row)
+    {
+        static constexpr int32_t codes[] = {0, 0, 0, 33, 34, 11};
+        CallState state;
+        state.flags = static_cast<int16_t>(below(32));
+        if (below(4)) state.flags = static_cast<int16_t>(state.flags & ~(EVAL_INIT | EVAL_QUERY));
+        state.nParams = static_cast<int16_t>(row.nParams);
+        if (below(3) == 0) state.nParams = static_cast<int16_t>(static_cast<int>(below(most_parameters + 3)) - 2);
+        const uint64_t wild = below(4);  // how many of four numbers are of any kind
+        for (double &value : state.p) value = number(below(4) >= wild);
+        for (double &value : state.x) value = number(below(4) >= wild);
+        if (below(5) == 0) state.x[1] = state.p[1 + below(4)];
+        state.y.fill(untouched);
+        state.dy.fill(untouched);
+        state.runtime_code = codes[below(std::size(codes))];
+        state.caller_code = codes[below(std::size(codes))];
+        return state;
+    }
+
+private:
+    std::mt19937_64 bits_;
+};
+
+}  // namespace curvebank::test
