@@ -10,11 +10,13 @@
 #include <doctest/doctest.h>
 
 #include "platform/guard_pages.h"
+#include "tests/support/call.h"
+#include "tests/support/contract.h"
 #include "tests/support/extents.h"
 #include "tests/support/random_call.h"
 
 using namespace curvebank;
-using test::alike, test::CallState, test::same;
+using test::CallState;
 
 namespace {
 
@@ -76,38 +78,6 @@ private:
     static constexpr size_t bytes = sizeof(CallState::Array);
     platform::GuardPages p_{bytes}, x_{bytes}, y_{bytes}, dy_{bytes};
 };
-
-bool untouched(const CallState::Array &a, size_t first)
-{
-    return std::all_of(a.begin() + static_cast<long>(first), a.end(),
-                       [](double v) { return test::same_bits(v, test::untouched); });
-}
-
-/// The models that know no initialisation call and evaluate, and the one that looks for errors even so.
-const Names evaluates_on_init = names("ExpGrow3Dec2 ExpGrowDec asymptgauss");
-
-/// What of the contract a call broke, or an empty text.
-std::string fault(const ModelCatalogEntry &row, const CallState &before, const CallState &after)
-{
-    const std::string name = row.name;
-    const bool query = after.result == QUERY_REPLY || after.result == QUERY_MASK;
-    if (query ? !(before.flags & EVAL_QUERY) : after.result != 0 && after.result != 1) return "result";
-    if (!(before.flags & EVAL_USE_ERRPTR) && after.caller_code != before.caller_code) return "caller's variable";
-    if (query && !(untouched(after.y, 0) && untouched(after.dy, 1))) return "query";
-    if (!query && !test::same_bits(after.dy[0], test::untouched)) return "dy[0]";
-    if (!test::same_bits(after.y[0], test::untouched)) return "y[0]";
-    if (!(before.flags & EVAL_DERIVS) && !untouched(after.dy, 1) && name != "errtest")
-        return "dy without EVAL_DERIVS";
-    if ((before.flags & EVAL_INIT) && !query && !evaluates_on_init.contains(name) &&
-        !(untouched(after.y, 0) && untouched(after.dy, 0) && after.runtime_code == before.runtime_code &&
-          after.caller_code == before.caller_code))
-        return "initialisation";
-    if (!same(after.p, before.p)) return "p";
-    CallState::Array marked = before.x;
-    if (after.result == 1 && row.nIndep > 1 && test::is_missing(after.x[2])) marked[2] = MISSING_VALUE;
-    if (!same(marked, after.x)) return "x";
-    return "";
-}
 
 /// The models of which a call for value and derivatives gives the value alone.
 const Names value_alone = names(
@@ -172,7 +142,7 @@ TEST_SUITE("every model")
                     INFO("flags " << before.flags << ", nParams " << before.nParams);
                     const test::Extents end = test::extents(row, before.nParams);
                     const CallState after = arrays.ending(model, before, end);
-                    CHECK(fault(row, before, after) == "");
+                    CHECK(test::fault(row, before, after) == "");
                     CHECK(same(after, arrays.beginning(model, before, end)));
                 }
             }

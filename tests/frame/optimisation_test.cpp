@@ -2,6 +2,7 @@
 
 #include <doctest/doctest.h>
 
+#include "tests/support/call.h"
 #include "tests/support/random_call.h"
 
 using namespace curvebank;

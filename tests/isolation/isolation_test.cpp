@@ -15,6 +15,7 @@
 
 #include <doctest/doctest.h>
 
+#include "tests/support/call.h"
 #include "tests/support/random_call.h"
 
 using namespace curvebank;

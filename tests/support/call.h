@@ -6,13 +6,13 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <initializer_list>
 #include <stdexcept>
 #include <string>
 
 #include "curvebank/curvebank.h"
 #include "platform/shared_library.h"
+#include "tests/support/marks.h"
 
 namespace curvebank::test {
 
@@ -27,19 +27,6 @@ inline const platform::SharedLibrary &library()
 inline ModelFunc model(const char *name)
 {
     return library().function<ModelFunc (*)(const char *)>("get_funx")(name);
-}
-
-/// What output entries hold before a call, so that an entry the model does not write can be told.
-constexpr double untouched = 7.25e77;
-
-inline bool same_bits(double a, double b)
-{
-    return std::memcmp(&a, &b, sizeof a) == 0;
-}
-
-inline bool is_missing(double value)
-{
-    return same_bits(value, MISSING_VALUE);
 }
 
 class Call {

@@ -10,7 +10,7 @@
 #include <random>
 
 #include "frame/catalogue.h"
-#include "tests/support/call.h"
+#include "tests/support/marks.h"
 
 namespace curvebank::test {
 
