@@ -24,7 +24,9 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double not_a_number = std::numeric_limits<double>::quiet_NaN();
 constexpr long double sqrt_half = 0.707106781186547524400844362104849039L;
 constexpr long double two_pi = 6.28318530717958647692528676655900577L;
+constexpr long double pi = 3.14159265358979323846264338327950288L;
 constexpr double great_shape = 1e9;
+constexpr double least_reflected = -2147483648.0;  // Boost.Math's reflection counts whole numbers in an int
 
 /// P(a, z) for a shape so great that Boost.Math's series take too many terms: the uniform asymptotic expansion
 /// (Temme, 1979), of which the first coefficient suffices, in powers of eta, which is tiny wherever P is neither 0
@@ -85,5 +87,9 @@ double numcore_log_gamma(double t)
     const KeepErrno keep;
     if (std::isnan(t)) return t;
     if (std::isinf(t) || (t <= 0 && std::floor(t) == t)) return infinity;
-    return static_cast<double>(boost::math::lgamma(static_cast<long double>(t), Quiet()));
+    if (t >= least_reflected) return static_cast<double>(boost::math::lgamma(static_cast<long double>(t), Quiet()));
+    // Γ(t)·Γ(-t) = -π / (t·sin(π·t))
+    const long double z = -static_cast<long double>(t), distance = std::fabs(z - std::nearbyint(z));
+    return static_cast<double>(std::log(pi) - boost::math::lgamma(z, Quiet()) -
+                               std::log(z * std::sin(pi * distance)));
 }

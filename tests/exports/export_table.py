@@ -13,7 +13,7 @@ SYSTEM_DLLS = {"kernel32.dll", "user32.dll", "msvcrt.dll", "ucrtbase.dll"}
 UCRT_ONLY = {"_errno", "acos", "cos", "exp", "expm1", "floor", "log", "pow", "sin", "sqrt", "tanh"}
 # All that the ELF library takes from elsewhere: mathematical functions, errno, and snprintf for the diagnostic command.
 # No allocation, no lock, no system call.
-ELF_IMPORTS = re.compile(r"(acos|atan2|ceil|cos|exp|expm1|floor|frexp|hypot|ldexp|log|log1p|pow|sin|sqrt|tanh)l?"
+ELF_IMPORTS = re.compile(r"(acos|atan2|ceil|cos|exp|expm1|floor|frexp|hypot|ldexp|log|log1p|nearbyint|pow|sin|sqrt|tanh)l?"
                          r"|__errno_location|snprintf")
 
 
