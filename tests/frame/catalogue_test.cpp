@@ -95,17 +95,4 @@ TEST_SUITE("catalogue")
 #undef CHECK_EXPORT
         CHECK(count > 0);
     }
-
-    TEST_CASE("every model answers an initialisation call without touching anything")
-    {
-        for (const auto &row : catalogue) {
-            CAPTURE(row.name);
-            test::Call call(row.name, {}, {});
-            call.nParams = static_cast<int16_t>(row.nParams);
-            const int result = call.run(EVAL_INIT, 12, 33);  // asymptgauss alone would fail for 34
-            CHECK((result == 0 || result == 1));
-            CHECK(call.nothing_written());
-            CHECK((call.runtime_code == 12 && call.caller_code == 33));
-        }
-    }
 }

@@ -205,4 +205,22 @@ TEST_SUITE("every model")
             if (result == QUERY_REPLY) CHECK(std::memcmp(call.dy.data(), "\0\0\0\0", 4) == 0);
         }
     }
+
+    TEST_CASE("the placeholders write nothing, whatever they are asked for")
+    {
+        const Names fail_evaluations = names("BelehradekEVP ChapmanEVP1 ChapmanEVP2 ChapmanEVP3");
+        Names placeholders = names(
+            "BentHyperblSmp ExpCSum1 ExpCSum2 ExpCSumEVP LangmuirTS1 LangmuirTS2 Prunty Rational4P RationalEVP");
+        placeholders.insert(fail_evaluations.begin(), fail_evaluations.end());
+        for (const std::string &name : placeholders)
+            for (int flags = 0; flags < 32; ++flags) {
+                test::Call call(name, {1, 2, 3, 4}, {1});
+                const bool fails = flags & EVAL_INIT
+                                       ? name == "RationalEVP"
+                                       : (flags & (EVAL_VALUE | EVAL_DERIVS)) && fail_evaluations.contains(name);
+                INFO(name << ", flags " << flags);
+                CHECK(call.run(flags, 34, 33) == (fails ? 1 : 0));
+                CHECK((call.nothing_written() && call.runtime_code == 34 && call.caller_code == 33));
+            }
+    }
 }

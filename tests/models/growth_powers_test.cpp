@@ -26,14 +26,4 @@ TEST_SUITE("growth powers")
         check_call("Chapman", {5, -1, 2}, std::log(2), D, {0, 0}, 5, {0, 0}, {1, -20 * std::log(2), M});
         check_call("Chapman", {1, 1, -19}, 1.2e-16, D, {0, 0}, huge, {34, 0}, {huge, M, M});
     }
-
-    TEST_CASE("the placeholders write nothing; all but Prunty fail an evaluation")
-    {
-        for (const std::string name : {"BelehradekEVP", "ChapmanEVP1", "ChapmanEVP2", "ChapmanEVP3", "Prunty"}) {
-            Call call(name, {1, 2, 3, 4}, {1});
-            const int result = name == "Prunty" ? 0 : 1;
-            CHECK((call.run(V) == result && call.run(D) == result && call.nothing_written()));
-            CHECK(call.run(0) == 0);
-        }
-    }
 }

@@ -122,12 +122,4 @@ TEST_SUITE("isotherms")
         CHECK((harris.run(D, 12, 33) == 1 && harris.y[1] == 0.25 && harris.dy[1] == -0.0625));
         CHECK((harris.dy[2] == -0.0625 && is_missing(harris.dy[3]) && harris.runtime_code == 12));
     }
-
-    TEST_CASE("the placeholders answer 0 to everything")
-    {
-        for (const std::string name : {"LangmuirTS1", "LangmuirTS2"}) {
-            Call call(name, {1, 2, 3, 4}, {1});
-            for (int flags = 0; flags < 32; ++flags) CHECK((call.run(flags, 34) == 0 && call.nothing_written()));
-        }
-    }
 }

@@ -68,14 +68,4 @@ TEST_SUITE("polynomials")
         CHECK(call.y[1] == 1 + 3 * 0.5 + 4 * 0.25 + 5 * 0.125 + 6 * 0.0625 + 7 * 0.03125);
         CHECK(call.dy_untouched());
     }
-
-    TEST_CASE("LineMod gives derivatives only without EVAL_VALUE")
-    {
-        Call call("LineMod", {2, 3}, {5});
-        CHECK(call.run(both) == 0);
-        CHECK((call.y[1] == 4 && call.dy_untouched()));
-        CHECK(call.run(EVAL_DERIVS) == 0);
-        CHECK((call.y[1] == 4 && call.dy[1] == 2 && call.dy[2] == -2));
-        CHECK(call.dy_untouched(3));
-    }
 }

