@@ -1,8 +1,6 @@
 // What a call of a model costs.
 //
-//     model/NAME/value|derivatives|both    every model, called as a host calls it: through the function pointer
-//     that
-//                                          the built library hands out, point by point
+//     model/NAME/value|derivatives|both    every model, point by point through its function pointer, as a host does
 //     bare/NAME/value|derivatives          the same points in a bare loop; derivatives with the value
 //     threads/NAME                         derivative calls by one and by two threads at a time
 //     peaks/NAME/N                         derivative calls for N peaks

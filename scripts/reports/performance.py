@@ -1,4 +1,4 @@
-"""Makes the tables and the picture of a benchmark run: report.py RESULTS.json FOLDER
+"""Makes the tables and the picture of a benchmark run: performance.py RESULTS.json FOLDER
 
 Prints what a call costs beside the bare formula, worst ratios first, and how the cost grows with threads and peaks.
 Writes performance.md (the same), performance.csv (every model) and performance.png into the folder.
@@ -12,6 +12,8 @@ import statistics
 import subprocess
 import sys
 
+from markdown import table
+
 
 def read_times(results):
     """Nanoseconds per call of every benchmark: the fastest of its repetitions, which other work disturbed least."""
@@ -24,16 +26,6 @@ def read_times(results):
 
 def geometric_mean(values):
     return math.exp(statistics.fmean(math.log(value) for value in values))
-
-
-def table(header, rows):
-    """A Markdown table, padded so that it reads well as plain text: names left, numbers right."""
-    cells = [header] + [[cell if isinstance(cell, str) else f"{cell:.2f}" for cell in row] for row in rows]
-    widths = [max(len(row[i]) for row in cells) for i in range(len(header))]
-    rule = ["-" * widths[0]] + ["-" * (width - 1) + ":" for width in widths[1:]]
-    lines = [[row[0].ljust(widths[0])] + [cell.rjust(width) for cell, width in zip(row[1:], widths[1:])]
-             for row in cells]
-    return "\n".join("| " + " | ".join(line) + " |" for line in [lines[0], rule] + lines[1:])
 
 
 class Report:

@@ -1,9 +1,11 @@
-"""Makes the table of a long test run from ctest's JUnit reports: report.py REPORTS FOLDER"""
+"""Makes the table of a long test run from ctest's JUnit reports: safety.py REPORTS FOLDER"""
 
 import pathlib
 import re
 import sys
 import xml.etree.ElementTree
+
+from markdown import table
 
 RUNS = {
     "linux-release": "all tests, optimised build",
@@ -48,16 +50,11 @@ def row(report):
 
 def main():
     reports, folder = map(pathlib.Path, sys.argv[1:])
-    cells = [["run", "tests", "failed", "checks", "fuzzed inputs", "seconds"]]
-    cells += [[what, *row(reports / f"{run}.xml")] for run, what in RUNS.items()]
-    widths = [max(len(line[i]) for line in cells) for i in range(len(cells[0]))]
-    rule = ["-" * widths[0]] + ["-" * (width - 1) + ":" for width in widths[1:]]
-    lines = [[line[0].ljust(widths[0])] + [cell.rjust(width) for cell, width in zip(line[1:], widths[1:])]
-             for line in cells]
-    table = "\n".join("| " + " | ".join(line) + " |" for line in [lines[0], rule] + lines[1:])
+    rows = [[what, *row(reports / f"{run}.xml")] for run, what in RUNS.items()]
+    text = table(["run", "tests", "failed", "checks", "fuzzed inputs", "seconds"], rows)
     folder.mkdir(parents=True, exist_ok=True)
-    (folder / "safety.md").write_text(TEXT + table + "\n")
-    print(table)
+    (folder / "safety.md").write_text(TEXT + text + "\n")
+    print(text)
 
 
 main()
