@@ -2,18 +2,13 @@
 
 #include <doctest/doctest.h>
 
-#include "tests/support/derivatives.h"
+#include "tests/support/call.h"
 
 using namespace curvebank::test;
 
 TEST_SUITE("exponential association")
 {
     constexpr int both = EVAL_VALUE | EVAL_DERIVS;
-
-    TEST_CASE("derivatives are the exact partials, but for those of ExpAssocDelay1 before its start")
-    {
-        check_derivatives("ExpAssocDelay1", {1.5, 1, 4, 2}, {-1, 2, 3}, {1, 3, 4});
-    }
 
     TEST_CASE("ExpAssoc: a phase left out of the value is not left out of the derivatives")
     {

@@ -3,7 +3,6 @@
 #include <doctest/doctest.h>
 
 #include "tests/support/check_call.h"
-#include "tests/support/derivatives.h"
 
 using namespace curvebank::test;
 
@@ -12,12 +11,6 @@ TEST_SUITE("cumulative")
     constexpr int V = EVAL_VALUE, D = EVAL_DERIVS, E = EVAL_USE_ERRPTR;
     constexpr double M = MISSING_VALUE;
     const std::string models[] = {"NormalCDF", "LognormalCDF", "ExponentialCDF", "GammaCDF", "WeibullCDF"};
-
-    TEST_CASE("derivatives: those for the mean of the exponential and the shape of the gamma are no partials")
-    {
-        check_derivatives("ExponentialCDF", {1, 3, 1.5}, {-1, 0, 2, 5}, {3});
-        check_derivatives("GammaCDF", {1, 3, 2.5, 1.5}, {-1, 0.5, 3, 9}, {3});
-    }
 
     TEST_CASE("the value comes with the derivatives, no error is looked for, stale codes stay")
     {

@@ -4,7 +4,6 @@
 #include <doctest/doctest.h>
 
 #include "tests/support/check_call.h"
-#include "tests/support/derivatives.h"
 
 using namespace curvebank::test;
 
@@ -12,12 +11,6 @@ TEST_SUITE("gaussian lorentzian")
 {
     constexpr int V = EVAL_VALUE, D = EVAL_DERIVS, E = EVAL_USE_ERRPTR;
     constexpr double M = MISSING_VALUE;
-
-    TEST_CASE("derivatives are the exact partials; the split Gaussian keeps that of the width in use for the first")
-    {
-        check_derivatives("BiGaussian", {1, 2, 3, 0.5, 1.25}, {0.5, 1.5}, {5});
-        check_derivatives("BiGaussian", {1, 2, 3, 0.5, 1.25}, {2.25, 3, 4}, {4, 5});
-    }
 
     TEST_CASE("peaks are counted by nParams, and each has its share")
     {

@@ -2,18 +2,13 @@
 
 #include <doctest/doctest.h>
 
-#include "tests/support/derivatives.h"
+#include "tests/support/call.h"
 
 using namespace curvebank::test;
 
 TEST_SUITE("Hill curves")
 {
     constexpr int both = EVAL_VALUE | EVAL_DERIVS;
-
-    TEST_CASE("derivatives are the exact partials, but for the last of BiHill")
-    {
-        check_derivatives("BiHill", {5, 1, 8, 1.5, 2}, {0.5, 1, 9}, {5});
-    }
 
     TEST_CASE("limits: at X = 0 and at an overflow, which only the value step clears from errno")
     {

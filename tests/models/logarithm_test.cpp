@@ -3,7 +3,6 @@
 #include <doctest/doctest.h>
 
 #include "tests/support/check_call.h"
-#include "tests/support/derivatives.h"
 
 using namespace curvebank::test;
 
@@ -11,12 +10,6 @@ TEST_SUITE("logarithms")
 {
     constexpr int V = EVAL_VALUE, D = EVAL_DERIVS, E = EVAL_USE_ERRPTR;
     constexpr double M = MISSING_VALUE;
-
-    TEST_CASE("derivatives are the exact partials, but for those of the pole's shift and of the two points")
-    {
-        check_derivatives("LogarithmEVP", {1, 0.5}, {3, 5}, {2});
-        check_derivatives("Log2P2EVP", {0, 0.5, 2, 1}, {0.5, 1, 3}, {1, 2, 3, 4});
-    }
 
     TEST_CASE("a number without logarithm: whether the error variable is cleared and what is marked")
     {

@@ -2,7 +2,7 @@
 
 #include <doctest/doctest.h>
 
-#include "tests/support/derivatives.h"
+#include "tests/support/check_call.h"
 
 using namespace curvebank::test;
 
@@ -11,10 +11,11 @@ TEST_SUITE("monomolecular")
     constexpr int both = EVAL_VALUE | EVAL_DERIVS;
     const double nan = std::nan("");
 
-    TEST_CASE("derivatives are the exact partials, but for the listed entries")
+    TEST_CASE("derivatives where no exponential is computed")
     {
-        check_derivatives("MnMolecular", {5, 1, 0.5}, {1}, {3});
-        check_derivatives("ExpGrowth", {1, 0.5}, {-1, 1, 3}, {1});
+        check_call("MnMolecular", {5, 1, 0.5}, 1, EVAL_DERIVS, {34, 0}, 0, {34, 0}, {0, -2.5, 5});
+        check_call("ExpGrowth", {1, 0.5}, 1, EVAL_DERIVS, {34, 0}, 1, {34, 0}, {0.5, 0});
+        check_call("ExpGrowth", {1, 0}, 3, EVAL_DERIVS, {34, 0}, 1, {34, 0}, {0, 2});
     }
 
     TEST_CASE("failures: what is marked, and the error variable of the call is cleared")

@@ -2,18 +2,13 @@
 
 #include <doctest/doctest.h>
 
-#include "tests/support/derivatives.h"
+#include "tests/support/call.h"
 
 using namespace curvebank::test;
 
 TEST_SUITE("piecewise")
 {
     constexpr int both = EVAL_VALUE | EVAL_DERIVS;
-
-    TEST_CASE("derivatives are the exact partials on both sides, but for dy[8] of ExpGrow3Dec2 while it grows")
-    {
-        check_derivatives("ExpGrow3Dec2", {1, 4, 0.5, 1.5, -0.4, 2.5, 0.3, 4, 2, 1.2, 1, 5}, {-1, 3, 5, 9}, {8});
-    }
 
     TEST_CASE("Kinetic: the start, the number of terms, their time constants and error tests")
     {

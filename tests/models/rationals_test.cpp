@@ -2,18 +2,13 @@
 
 #include <doctest/doctest.h>
 
-#include "tests/support/derivatives.h"
+#include "tests/support/call.h"
 
 using namespace curvebank::test;
 
 TEST_SUITE("rationals")
 {
     constexpr int both = EVAL_VALUE | EVAL_DERIVS;
-
-    TEST_CASE("derivatives are the exact partials, but for the first of Rational4")
-    {
-        check_derivatives("Rational4", {3, 0.5, 2}, {-1.5, 0, 4}, {1});
-    }
 
     TEST_CASE("Rational4 as defined")
     {

@@ -3,7 +3,6 @@
 #include <doctest/doctest.h>
 
 #include "tests/support/check_call.h"
-#include "tests/support/derivatives.h"
 
 using namespace curvebank::test;
 
@@ -12,24 +11,25 @@ TEST_SUITE("reciprocal")
     constexpr int V = EVAL_VALUE, D = EVAL_DERIVS, E = EVAL_USE_ERRPTR;
     constexpr double M = MISSING_VALUE, inf = INFINITY;
 
-    TEST_CASE("derivatives; zero denominators: what is marked; the error variable plays no part")
+    TEST_CASE("zero denominators: what is marked; the error variable plays no part")
     {
         struct Case {
             std::string name;
             std::initializer_list<double> p;
-            double zero;                           // of the denominator
-            int marked;                            // by a derivative call there; -1 where it succeeds
-            std::initializer_list<int> inexact{};  // derivatives
+            double zero;  // of the denominator
+            int marked;   // by a derivative call there; -1 where it succeeds
         };
         const Case cases[] = {
-            {"Reciprocal", {1.5, 0.5}, -3, 0},         {"ReciprocalMod", {3, 0.5}, -2, 0},
-            {"Reciprocal1", {1.5}, -1.5, 1},           {"Reciprocal1EVP", {3, 0.5}, 1, 2},
-            {"Reciprocal0", {0.5}, -2, 1, {1}},        {"Reciprocal0EVP", {3, 0.4}, -2, 2},
+            {"Reciprocal", {1.5, 0.5}, -3, 0},
+            {"ReciprocalMod", {3, 0.5}, -2, 0},
+            {"Reciprocal1", {1.5}, -1.5, 1},
+            {"Reciprocal1EVP", {3, 0.5}, 1, 2},
+            {"Reciprocal0", {0.5}, -2, 1},
+            {"Reciprocal0EVP", {3, 0.4}, -2, 2},
             {"ReciprocalEVP", {1, 2, 7, 0.5}, -1, -1},
         };
         for (const Case &c : cases) {
             CAPTURE(c.name);
-            check_derivatives(c.name, c.p, {c.zero + 0.5, 3, 6}, c.inexact);
             Call call(c.name, c.p, {4});
             CHECK(call.run(D, 34) == 0);
             const double value = call.y[1];

@@ -1,7 +1,6 @@
 #include <cmath>
 
 #include "tests/support/check_call.h"
-#include "tests/support/derivatives.h"
 
 using namespace curvebank::test;
 
@@ -10,9 +9,8 @@ TEST_SUITE("Schulz-Flory")
     constexpr int V = EVAL_VALUE, D = EVAL_DERIVS, E = EVAL_USE_ERRPTR;
     constexpr double M = MISSING_VALUE;
 
-    TEST_CASE("derivatives are the exact partials but for the centres; peaks of amplitude 0 are left out")
+    TEST_CASE("peaks of amplitude 0 are left out")
     {
-        check_derivatives("SchulzFlory", {1, 2, 1.5, 3, 1.5, 1.75, -2}, {1, 1.5, 2.25}, {2, 5});
         const double slope = (-3.0 / 10 + 3) * 10 * std::log(10.0);
         check_call("SchulzFlory", {1, 1, 1, 3, 9, 9, 0}, 1, D, {12, 33}, 4, {12, 33}, {1, slope, -0.0, 1});
     }

@@ -5,7 +5,6 @@
 #include <doctest/doctest.h>
 
 #include "tests/support/check_call.h"
-#include "tests/support/derivatives.h"
 
 using namespace curvebank::test;
 
@@ -13,11 +12,6 @@ TEST_SUITE("waves")
 {
     constexpr int V = EVAL_VALUE, D = EVAL_DERIVS, E = EVAL_USE_ERRPTR;
     constexpr double M = MISSING_VALUE, infinity = std::numeric_limits<double>::infinity();
-
-    TEST_CASE("derivatives are the exact partials, but for the sawtooth's by rise and period")
-    {
-        check_derivatives("SawtoothWave", {0.3, 1, 2.5, 3.5}, {-9, 1, 5}, {3, 4});
-    }
 
     TEST_CASE("sines: an infinite argument counts where the test follows the sine, as does a stale code")
     {
