@@ -13,7 +13,7 @@ RUNS = {
     "windows-release": "the Windows DLL and its tests under Wine",
     "linux-threads": "8 threads calling every model, under ThreadSanitizer",
     "linux-memcheck": "the tests of models and host program under valgrind memcheck",
-    "linux-fuzz": "both fuzzers for 5 seconds, with AddressSanitizer and UndefinedBehaviorSanitizer",
+    "linux-fuzz": "both fuzzers for a few seconds, with AddressSanitizer and UndefinedBehaviorSanitizer",
     "linux-fuzz-minute": "both fuzzers for a minute",
 }
 
