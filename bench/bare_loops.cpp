@@ -6,7 +6,7 @@
 namespace curvebank::bench {
 namespace {
 
-using std::cos, std::cosh, std::exp, std::log, std::pow, std::sin, std::tanh;
+using std::cos, std::exp, std::log, std::pow, std::sin;
 
 constexpr double pi = 3.141592653589793;
 constexpr double sqrt2 = 1.414213562373;
@@ -522,11 +522,11 @@ void derivatives_loop(const double *p, const double *x, double *y, double *dy, s
 }
 
 template <class Curve>
-BareLoop loop(const char *name, const char *family)
+BareLoop loop(const char *name)
 {
     BareLoop::Function derivatives = nullptr;
     if constexpr (requires { &Curve::derivatives; }) derivatives = derivatives_loop<Curve>;
-    return {name, family, value_loop<Curve>, derivatives};
+    return {name, value_loop<Curve>, derivatives};
 }
 
 }  // namespace
@@ -534,38 +534,38 @@ BareLoop loop(const char *name, const char *family)
 const std::vector<BareLoop> &bare_loops()
 {
     static const std::vector<BareLoop> all = {
-        loop<ExpDec1>("ExpDec1", "exponential"),
-        loop<ExpDec2>("ExpDec2", "exponential"),
-        loop<ExpAssoc1>("ExpAssoc1", "exponential"),
-        loop<Asymptotic1>("Asymptotic1", "exponential"),
-        loop<BoxLucas1>("BoxLucas1", "exponential"),
-        loop<Exp3P1>("Exp3P1", "exponential"),
-        loop<Boltzman>("Boltzman", "sigmoidal"),
-        loop<Logistic>("Logistic", "sigmoidal"),
-        loop<SLogistic1>("SLogistic1", "sigmoidal"),
-        loop<SGompertz>("SGompertz", "sigmoidal"),
-        loop<Hill>("Hill", "sigmoidal"),
-        loop<Gauss>("Gauss", "peak"),
-        loop<Lorentz>("Lorentz", "peak"),
-        loop<Extreme>("Extreme", "peak"),
-        loop<LogNormal>("LogNormal", "peak"),
-        loop<Parabola>("Parabola", "power_rational"),
-        loop<Allometric1>("Allometric1", "power_rational"),
-        loop<Hyperbl>("Hyperbl", "power_rational"),
-        loop<LangmuirEXT1>("LangmuirEXT1", "power_rational"),
-        loop<Bradley>("Bradley", "power_rational"),
-        loop<Log3P1>("Log3P1", "power_rational"),
-        loop<Rational0>("Rational0", "power_rational"),
-        loop<Sine>("Sine", "waveform"),
-        loop<SineDamp>("SineDamp", "waveform"),
-        loop<CompInhib>("CompInhib", "applied"),
-        loop<Cross>("Cross", "applied"),
-        loop<Carreau>("Carreau", "applied"),
-        loop<Plane>("Plane", "surface"),
-        loop<Gauss2D>("Gauss2D", "surface"),
-        loop<Lorentz2D>("Lorentz2D", "surface"),
-        loop<Circle>("Circle", "multi"),
-        loop<Helix>("Helix", "multi"),
+        loop<ExpDec1>("ExpDec1"),
+        loop<ExpDec2>("ExpDec2"),
+        loop<ExpAssoc1>("ExpAssoc1"),
+        loop<Asymptotic1>("Asymptotic1"),
+        loop<BoxLucas1>("BoxLucas1"),
+        loop<Exp3P1>("Exp3P1"),
+        loop<Boltzman>("Boltzman"),
+        loop<Logistic>("Logistic"),
+        loop<SLogistic1>("SLogistic1"),
+        loop<SGompertz>("SGompertz"),
+        loop<Hill>("Hill"),
+        loop<Gauss>("Gauss"),
+        loop<Lorentz>("Lorentz"),
+        loop<Extreme>("Extreme"),
+        loop<LogNormal>("LogNormal"),
+        loop<Parabola>("Parabola"),
+        loop<Allometric1>("Allometric1"),
+        loop<Hyperbl>("Hyperbl"),
+        loop<LangmuirEXT1>("LangmuirEXT1"),
+        loop<Bradley>("Bradley"),
+        loop<Log3P1>("Log3P1"),
+        loop<Rational0>("Rational0"),
+        loop<Sine>("Sine"),
+        loop<SineDamp>("SineDamp"),
+        loop<CompInhib>("CompInhib"),
+        loop<Cross>("Cross"),
+        loop<Carreau>("Carreau"),
+        loop<Plane>("Plane"),
+        loop<Gauss2D>("Gauss2D"),
+        loop<Lorentz2D>("Lorentz2D"),
+        loop<Circle>("Circle"),
+        loop<Helix>("Helix"),
     };
     return all;
 }

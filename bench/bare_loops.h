@@ -20,7 +20,6 @@ struct BareLoop {
     using Function = void (*)(const double *p, const double *x, double *y, double *dy, size_t points);
 
     const char *name;  ///< of the model
-    const char *family;
     Function value;
     Function derivatives;  ///< and the value; null for a model without derivatives
 };
