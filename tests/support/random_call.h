@@ -9,7 +9,7 @@
 #include <limits>
 #include <random>
 
-#include "frame/catalogue.h"
+#include "catalogue/catalogue.h"
 #include "tests/support/marks.h"
 
 namespace curvebank::test {
