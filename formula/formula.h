@@ -24,10 +24,15 @@ private:
     size_t column_;
 };
 
-/// One expression: a node of a graph that it shares with its derivatives. A value: copies are cheap and independent.
+/// One expression: a node of a graph that it shares with its derivatives. A value: copies are cheap and
+/// independent.
 class Formula {
 public:
-    /// Reads a text; throws FormulaError. docs/formulas.md describes the language.
+    /// Operands inside one another (parentheses, signs, exponents, branches, arguments) beyond which a text is
+    /// refused.
+    static constexpr int deepest = 300;
+
+    /// Reads a text; throws FormulaError. docs/formulas.md describes the language. Nothing is simplified.
     static Formula parse(std::string_view text);
 
     Formula(std::shared_ptr<const Graph> graph, NodeId root) : graph_(std::move(graph)), root_(root) {}
@@ -49,13 +54,21 @@ public:
     /// It with every one of these names replaced by a formula.
     Formula substitute(const std::vector<std::pair<std::string, Formula>> &replacements) const;
 
-    std::string text() const;     ///< as parse reads it back to the same tree
-    std::string latex() const;    ///< with Greek letters and subscripts where names ask for them
+    std::string text() const;   ///< as parse reads it back to the same tree
+    std::string latex() const;  ///< with Greek letters and subscripts where names ask for them
     std::string mathml() const;
 
 private:
     std::shared_ptr<const Graph> graph_;
     NodeId root_;
+};
+
+/// "left = formula". Throws FormulaError.
+struct Equation {
+    static Equation parse(std::string_view text);
+
+    std::string left;  ///< the name before "="; empty where the text is a formula alone
+    Formula right;
 };
 
 }  // namespace curvebank::formula

@@ -38,6 +38,13 @@ NodeId Graph::apply(Operation operation, NodeId a, NodeId b, NodeId c)
     return add({operation, 0, {a, b, c}});
 }
 
+std::optional<NodeId> Graph::find(Operation operation, NodeId a, NodeId b, NodeId c) const
+{
+    const auto place = known_.find(Node{operation, 0, {a, b, c}});
+    if (place == known_.end()) return std::nullopt;
+    return place->second;
+}
+
 const Node *Graph::find_name(std::string_view name) const
 {
     const auto number = text_numbers_.find(std::string(name));

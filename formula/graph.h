@@ -1,13 +1,14 @@
 // What a formula is: a flat list of operations in which every operand stands before its user and equal
 // subexpressions stand once.
 //
-// Evaluation, differentiation and every search are loops over that list, so that the length and the depth of a formula
-// are bounded by memory alone, and a common subexpression is computed once without being looked for.
+// Evaluation, differentiation and every search are loops over that list, so that the length and the depth of a
+// formula are bounded by memory alone, and a common subexpression is computed once without being looked for.
 
 #pragma once
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -21,7 +22,7 @@ using NodeId = uint32_t;
 
 struct Node {
     Operation operation;
-    uint32_t text = 0;                ///< of a constant its literal, of a name the name: a position in Graph::texts()
+    uint32_t text = 0;  ///< of a constant its literal, of a name the name: a position in Graph::texts()
     std::array<NodeId, 3> operands{};  ///< as many as the operation has
 
     bool operator==(const Node &) const = default;
@@ -30,7 +31,7 @@ struct Node {
 /// Grows only: a node keeps its number. Adding what is there already gives the number it has.
 class Graph {
 public:
-    /// A decimal literal. It keeps its text, so that it can be read in any precision.
+    /// A decimal literal without sign, or pi. It keeps its text, so that it can be read in any precision.
     NodeId constant(std::string_view literal);
     NodeId name(std::string_view name);
     NodeId apply(Operation operation, NodeId a, NodeId b = 0, NodeId c = 0);
@@ -38,6 +39,9 @@ public:
     const std::vector<Node> &nodes() const { return nodes_; }
     const Node &operator[](NodeId id) const { return nodes_[id]; }
     const std::string &text(const Node &node) const { return texts_[node.text]; }
+
+    /// The number of an operation that is there already.
+    std::optional<NodeId> find(Operation operation, NodeId a, NodeId b = 0, NodeId c = 0) const;
 
     /// The node of a name, or null where the formula has none of that name.
     const Node *find_name(std::string_view name) const;
