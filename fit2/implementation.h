@@ -8,6 +8,8 @@
 
 #include "curvebank/fit/model.h"
 #include "fit/source.h"
+#include "formula/formula.h"
+#include "reference/reference.h"
 
 namespace curvebank::fit {
 
@@ -20,12 +22,25 @@ struct Model::Implementation {
     size_t outputs = 1;
     bool implicit = false;
 
-    std::shared_ptr<const Source> fast;   ///< the formula where it stands for the model, else as exact
-    std::shared_ptr<const Source> exact;  ///< values of the calling contract; null for a formula
-    std::shared_ptr<const ExtendedSource> extended;  ///< null where the formula is not the model to the last digit
+    const reference::ModelReference *about = nullptr;  ///< of a catalogue model
+    int terms = 1;
+    /// Repeated terms: so many of so many parameters each, from that parameter on.
+    struct Terms {
+        size_t first, size, count;
+    };
+    std::vector<Terms> repeated;
+    std::vector<const reference::ParameterReference *> about_parameters;  ///< null for a formula's
 
-    std::vector<size_t> linear;  ///< parameters in which the value is linear, all together
-    bool contains_constant = false;
+    std::vector<formula::Formula> formulas;  ///< one an output
+    bool formula_agrees = false;             ///< the formula stands for the model
+
+    std::shared_ptr<const Source> fast;              ///< the formula where it stands for the model, else as exact
+    std::shared_ptr<const Source> exact;             ///< values of the calling contract; null for a formula
+    std::shared_ptr<const ExtendedSource> extended;  ///< null where the formula does not stand for the model
+
+    std::vector<size_t> linear;      ///< parameters in which the value is linear, all together
+    bool all_linear = false;         ///< those are all
+    std::vector<size_t> constants;   ///< parameters that are added to the value as they are
 };
 
 }  // namespace curvebank::fit

@@ -55,7 +55,7 @@ std::vector<formula::Formula> formulas_of(const ModelReference &about, const std
     for (int k = 0; k < terms; ++k) {
         std::vector<std::pair<std::string, std::string>> to = {{"k", std::to_string(k + 1)}};
         for (size_t i = 0; i < size; ++i)
-            to.emplace_back(about.repeated[i].name, names[once + static_cast<size_t>(k) * size + i]);
+            to.emplace_back(std::string(about.repeated[i].name), names[once + static_cast<size_t>(k) * size + i]);
         sum += (sum.empty() ? "(" : " + (") + renamed(formula::Formula::parse(about.term), to).text() + ")";
     }
     std::vector<formula::Formula> formulas = {formula::Formula::parse(sum)};
@@ -63,31 +63,25 @@ std::vector<formula::Formula> formulas_of(const ModelReference &about, const std
     return formulas;
 }
 
-/// Whether adding a constant to the value is in the power of one of its parameters.
-bool contains_constant(const formula::Formula &formula, const std::vector<Parameter> &parameters)
-{
-    std::vector<std::string> names;
-    for (const Parameter &parameter : parameters) names.push_back(parameter.name);
-    const auto all = formula.with_derivatives(names);
-    return std::any_of(all.begin() + 1, all.end(), [](const formula::Formula &slope) { return slope.text() == "1"; });
-}
-
-void find_structure(Model::Implementation &model)
-{
-    std::vector<std::string> names;
-    for (const Parameter &parameter : model.parameters) names.push_back(parameter.name);
-    const std::vector<std::string> linear = model.formulas[0].linear_in(names);
-    for (size_t i = 0; i < names.size(); ++i)
-        if (std::find(linear.begin(), linear.end(), names[i]) != linear.end()) model.linear.push_back(i);
-    if (model.outputs > 1) model.linear.clear();
-    model.contains_constant = contains_constant(model.formulas[0], model.parameters);
-}
-
 std::vector<std::string> names_of(const std::vector<Parameter> &parameters)
 {
     std::vector<std::string> names;
     for (const Parameter &parameter : parameters) names.push_back(parameter.name);
     return names;
+}
+
+/// What the formulas tell of the model: in which parameters it is linear, and which are added constants.
+void find_structure(Model::Implementation &model)
+{
+    if (model.outputs > 1) return;
+    const std::vector<std::string> names = names_of(model.parameters);
+    const std::vector<std::string> linear = model.formulas[0].linear_in(names);
+    const auto slopes = model.formulas[0].with_derivatives(names);
+    for (size_t i = 0; i < names.size(); ++i) {
+        if (std::find(linear.begin(), linear.end(), names[i]) != linear.end()) model.linear.push_back(i);
+        if (slopes[i + 1].text() == "1") model.constants.push_back(i);
+    }
+    model.all_linear = model.linear.size() == names.size();
 }
 
 }  // namespace
@@ -115,6 +109,8 @@ Model Model::catalogue(std::string_view name, int terms)
     model->name = about->name;
     model->about = about;
     model->terms = terms;
+    if (!about->repeated.empty())
+        model->repeated.push_back({about->parameters.size(), about->repeated.size(), static_cast<size_t>(terms)});
     int passed = 0;
     const ModelFunc function = function_of(*about, passed);
     const size_t once = about->parameters.size(), count = once + about->repeated.size() * static_cast<size_t>(terms);
@@ -159,7 +155,7 @@ Model Model::formula(std::string_view text, std::vector<std::string> variables)
     model->name = text;
     model->variables = std::move(variables);
     try {
-        model->formulas = {formula::read_equation(text).right};
+        model->formulas = {formula::Equation::parse(text).right};
         for (const std::string &name : model->formulas[0].names())
             if (std::find(model->variables.begin(), model->variables.end(), name) == model->variables.end())
                 model->parameters.push_back({name, "", "", 1.0, false});
@@ -191,13 +187,16 @@ Model Model::sum(const std::vector<std::pair<std::string, Model>> &parts)
         if (summand.variables != model->variables || summand.outputs != 1 || summand.implicit)
             throw Error(summand.name + " cannot be part of a sum with " + first.name +
                         ": all must be explicit, of the same variables and of one output");
+        for (auto terms : summand.repeated) {
+            terms.first += model->parameters.size();
+            model->repeated.push_back(terms);
+        }
         model->name += (model->name.empty() ? "" : " + ") + summand.name;
         std::vector<std::pair<std::string, std::string>> to;
         for (size_t i = 0; i < summand.parameters.size(); ++i) {
             Parameter parameter = summand.parameters[i];
             to.emplace_back(parameter.name, prefix + parameter.name);
-            const std::vector<std::string> name = {parameter.name};
-            if (summand.contains_constant && is_constant(summand, i)) {
+            if (std::find(summand.constants.begin(), summand.constants.end(), i) != summand.constants.end()) {
                 if (constant) {
                     parameter.start = 0;
                     parameter.fixed = true;

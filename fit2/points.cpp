@@ -138,6 +138,33 @@ double Points::norm_of_y(double unit) const
     return std::sqrt(squares);
 }
 
+double Points::squares_about_mean(double unit) const
+{
+    Block block;
+    double total = 0;
+    for (size_t k = 0; k < data_.y.size(); ++k) {
+        double sum = 0, weights = 0, squares = 0;
+        for (size_t number = 0; number < blocks(); ++number) {
+            load(number, block);
+            for (size_t row = 0; row < block.count; ++row) {
+                const double weight = block.weight ? block.weight[row] * block.weight[row] : 1;
+                sum += weight * (block.y[k][row] / unit);
+                weights += weight;
+            }
+        }
+        const double mean = sum / weights;
+        for (size_t number = 0; number < blocks(); ++number) {
+            load(number, block);
+            for (size_t row = 0; row < block.count; ++row) {
+                const double off = (block.weight ? block.weight[row] : 1) * (block.y[k][row] / unit - mean);
+                squares += off * off;
+            }
+        }
+        total += squares;
+    }
+    return total;
+}
+
 Points::Sample Points::sample(size_t count) const
 {
     Sample sample;

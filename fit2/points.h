@@ -49,6 +49,9 @@ public:
     /// sqrt(sum of weight * (y/unit)^2), in units of the weights as handed out.
     double norm_of_y(double unit) const;
 
+    /// The same of y less its weighted mean, each output's own; the square.
+    double squares_about_mean(double unit) const;
+
     double largest_y() const { return largest_y_; }
     double weight_unit() const { return weight_unit_; }  ///< square roots of weights are divided by it
 

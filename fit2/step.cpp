@@ -116,7 +116,7 @@ Solution within_radius(const Small<double> &small, const std::vector<double> &me
         }
         (excess > 0 ? lower : upper) = damping;
         if (!(squares > 0)) break;
-        damping += excess / radius / squares * 1;
+        damping += excess / radius / squares;
     }
     return solution;
 }

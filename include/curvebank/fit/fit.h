@@ -90,8 +90,8 @@ struct Result {
     std::vector<Estimate> parameters;  ///< in the model's order
     std::vector<Estimate> derived;     ///< in the order asked for
 
-    /// Of the parameters that were varied, in the order of varied; row by row.
-    std::vector<size_t> varied;
+    /// Of all parameters, row by row: 0 for those that were not varied, by the chain rule for tied ones, absent for those
+    /// without a standard error.
     std::vector<double> covariance, correlation;
 
     size_t points = 0, left_out = 0;
@@ -104,6 +104,7 @@ struct Result {
     double r_squared = absent, adjusted_r_squared = absent;  ///< about the weighted mean of each output
     double aic = absent, aicc = absent, bic = absent;        ///< the error variance counted as a parameter
     double confidence = 0.95;
+    bool absolute_sigma = false;
 };
 
 /// Minimises the weighted sum of squared residuals. Throws Error for a request that cannot be carried out; all that

@@ -1,0 +1,195 @@
+// A fit from beginning to end.
+
+#include "curvebank/fit/fit.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+#include "fit/canonical.h"
+#include "fit/descent.h"
+#include "fit/statistics.h"
+#include "fit/verdict.h"
+
+namespace curvebank::fit {
+namespace {
+
+/// Where one way down ended, and what may be said of it.
+struct Attempt {
+    Standing standing;
+    End end = End::no_value;
+    Spread spread;
+    Verdict verdict = Verdict::domain_left;
+    std::vector<std::string> notes;
+    int iterations = 0;
+
+    bool better_than(const Attempt &other) const
+    {
+        if (is_success(verdict) != is_success(other.verdict) && comparable(other)) return is_success(verdict);
+        return standing.sum_of_squares() < other.standing.sum_of_squares();
+    }
+
+private:
+    /// Equal but for a trace: then a clean verdict counts more than the last digits.
+    bool comparable(const Attempt &other) const
+    {
+        const double a = standing.sum_of_squares(), b = other.standing.sum_of_squares();
+        return std::fabs(a - b) <= 1e-6 * std::min(a, b);
+    }
+};
+
+class Fit {
+public:
+    Fit(const Model &model, const Data &data, const Options &options)
+        : data_(data),
+          options_(options),
+          parameters_(model, options),
+          points_(data, model.variables().size(), model.outputs(), model.implicit()),
+          problem_(model.implementation(), parameters_, points_, options.threads)
+    {
+        if (problem_.width() == 0) throw Error("every parameter is fixed: there is nothing to fit");
+        if (problem_.residuals() < problem_.width())
+            throw Error(std::to_string(points_.used()) + " points cannot determine " +
+                        std::to_string(problem_.width()) + " parameters");
+        if (!(options.confidence > 0 && options.confidence < 1))
+            throw Error("the confidence level must lie between 0 and 1");
+    }
+
+    Result run()
+    {
+        const std::vector<double> &start = parameters_.start();
+        Attempt best = attempt(start, false);
+        if (!is_success(best.verdict) && best.verdict != Verdict::stopped && problem_.separable()) {
+            Attempt other = attempt(start, true);
+            other.iterations += best.iterations;
+            if (other.better_than(best)) best = std::move(other);
+        }
+        return report(std::move(best));
+    }
+
+private:
+    Attempt attempt(const std::vector<double> &start, bool projected)
+    {
+        Descender descender(problem_, options_.max_iterations, watch());
+        Attempt attempt;
+        attempt.standing.p = start;
+        if (!problem_.prepare(start)) {
+            attempt.notes.push_back(problem_.where_no_value(start));
+            return attempt;
+        }
+        const std::vector<double> near = projected ? start : from_sample(start);
+        const Descent down{Values::fast, Reduction::products, projected, 1e-3};
+        attempt.end = descender.go(near, down);
+        if (attempt.end == End::no_value && near != start) attempt.end = descender.go(start, down);
+        if (attempt.end == End::no_value) {
+            attempt.notes.push_back(problem_.where_no_value(start));
+            return attempt;
+        }
+        settle(descender, attempt);
+        std::vector<double> p = attempt.standing.p;
+        if (make_canonical(problem_, p)) settle_at(descender, attempt, p);
+        attempt.iterations = descender.iterations();
+        attempt.verdict = judge(problem_, attempt.standing, attempt.end, attempt.spread, attempt.notes);
+        return attempt;
+    }
+
+    /// The last steps: values of the calling contract, an orthogonal factor, extended precision where it shows.
+    void settle(Descender &descender, Attempt &attempt)
+    {
+        constexpr double offset = 1e-10;
+        const std::vector<double> p = descender.standing().p;
+        if (attempt.end == End::stopped) {
+            descender.go_nowhere(p, {Values::exact, Reduction::orthogonal});
+        } else {
+            problem_.prepare(p);
+            attempt.end = descender.go(p, {Values::exact, Reduction::orthogonal, false, offset});
+        }
+        attempt.standing = descender.standing();
+        attempt.spread = spread(attempt.standing.reduced, attempt.standing.held);
+        if (attempt.end == End::no_value || !needs_polish(attempt)) return;
+        descender.polish();
+        settle_at(descender, attempt, descender.standing().p);
+    }
+
+    /// Takes the standing at p, reduced in extended precision where there is any.
+    void settle_at(Descender &descender, Attempt &attempt, const std::vector<double> &p)
+    {
+        descender.go_nowhere(p, {Values::exact, Reduction::orthogonal});
+        attempt.standing = descender.standing();
+        attempt.spread = spread(attempt.standing.reduced, attempt.standing.held);
+    }
+
+    /// Whether rounding shows in the digits of a parameter: it counts with the condition of the problem.
+    bool needs_polish(const Attempt &attempt) const
+    {
+        constexpr double wanted = 1e-13;
+        constexpr size_t most_points = 100000;
+        if (!problem_.has_extended() || problem_.residuals() > most_points) return false;
+        const size_t n = problem_.width();
+        const double rounding = problem_.rounding(attempt.standing.p, attempt.standing.reduced);
+        for (size_t j = 0; j < n; ++j) {
+            const double error = rounding * std::sqrt(attempt.spread.inverse[j * n + j]);
+            if (error > wanted * std::fabs(attempt.standing.p[parameters_.varied()[j]] / problem_.scale(j))) return true;
+        }
+        return false;
+    }
+
+    /// A start from a fixed sample of many points; the given one where that does not help.
+    std::vector<double> from_sample(const std::vector<double> &start)
+    {
+        constexpr size_t many = 20000, some = 4096;
+        if (points_.total() < many) return start;
+        const Points::Sample sample = points_.sample(some);
+        const Data data = sample.data();
+        const Points few(data, points_.variables(), points_.outputs(), problem_.model().implicit);
+        Problem problem(problem_.model(), parameters_, few, 1);
+        if (few.used() < 2 * problem.width() || !problem.prepare(start)) return start;
+        Descender descender(problem, options_.max_iterations, watch());
+        const End end = descender.go(start, {Values::fast, Reduction::products, false, 1e-2});
+        if (end != End::minimum && end != End::rounding) return start;
+        const std::vector<double> &p = descender.standing().p;
+        return problem_.sum_of_squares(p, Values::fast) < problem_.sum_of_squares(start, Values::fast) ? p : start;
+    }
+
+    Descender::Watch watch()
+    {
+        if (!options_.watch) return {};
+        return [this](int iteration, double sum_of_squares, const std::vector<double> &p) {
+            const double unit = problem_.residual_scale() * points_.weight_unit();
+            return options_.watch({iteration, sum_of_squares * unit * unit, p});
+        };
+    }
+
+    Result report(Attempt best)
+    {
+        Result result;
+        result.verdict = best.verdict;
+        result.notes = std::move(best.notes);
+        result.iterations = best.iterations;
+        result.evaluations = problem_.passes();
+        result.absolute_sigma = data_.absolute_sigma;
+        if (points_.left_out() > 0)
+            result.notes.push_back(std::to_string(points_.left_out()) +
+                                   " points with numbers that are not finite were left out");
+        if (best.end == End::no_value || best.standing.reduced.triangle.empty())
+            fill_without_values(problem_, best.standing.p, options_, result);
+        else
+            fill_statistics(problem_, best.standing, best.spread, data_, options_, result);
+        return result;
+    }
+
+    const Data &data_;
+    const Options &options_;
+    Parameters parameters_;
+    Points points_;
+    Problem problem_;
+};
+
+}  // namespace
+
+Result fit(const Model &model, const Data &data, const Options &options)
+{
+    return Fit(model, data, options).run();
+}
+
+}  // namespace curvebank::fit
