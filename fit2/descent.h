@@ -51,6 +51,9 @@ public:
     /// Goes down from p and says why it ended; standing() is where.
     End go(const std::vector<double> &p, const Descent &way);
 
+    /// Only stands at p.
+    void stay(const std::vector<double> &p, const Descent &way) { here_ = stand(p, way); }
+
     /// Undamped steps in extended precision, as long as they get shorter.
     void polish();
 

@@ -99,7 +99,7 @@ private:
         constexpr double offset = 1e-10;
         const std::vector<double> p = descender.standing().p;
         if (attempt.end == End::stopped) {
-            descender.go_nowhere(p, {Values::exact, Reduction::orthogonal});
+            descender.stay(p, {Values::exact, Reduction::orthogonal});
         } else {
             problem_.prepare(p);
             attempt.end = descender.go(p, {Values::exact, Reduction::orthogonal, false, offset});
@@ -114,7 +114,7 @@ private:
     /// Takes the standing at p, reduced in extended precision where there is any.
     void settle_at(Descender &descender, Attempt &attempt, const std::vector<double> &p)
     {
-        descender.go_nowhere(p, {Values::exact, Reduction::orthogonal});
+        descender.stay(p, {Values::exact, Reduction::orthogonal});
         attempt.standing = descender.standing();
         attempt.spread = spread(attempt.standing.reduced, attempt.standing.held);
     }

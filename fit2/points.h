@@ -32,18 +32,17 @@ public:
     };
     void load(size_t number, Block &block) const;
 
-    /// Whether a test holds at a few points, spread over all: of the variables, one number each.
-    template <typename Test>
-    bool every(size_t tried, const Test &test) const
+    /// Calls visit with the variables (one number each) of a few points, spread over all.
+    template <typename Visit>
+    void visit_some(size_t some, const Visit &visit) const
     {
         std::vector<const double *> x(data_.x.size());
-        for (size_t k = 0; k < tried; ++k) {
-            const size_t point = (total_ - 1) * k / (tried - 1);
+        for (size_t k = 0; k < some; ++k) {
+            const size_t point = (total_ - 1) * k / (some - 1);
             if (left_out_ > 0 && !usable(point)) continue;
             for (size_t i = 0; i < x.size(); ++i) x[i] = &data_.x[i][point];
-            if (!test(x.data())) return false;
+            visit(x.data());
         }
-        return true;
     }
 
     /// sqrt(sum of weight * (y/unit)^2), in units of the weights as handed out.

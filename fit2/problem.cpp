@@ -1,7 +1,9 @@
 #include "fit/problem.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <limits>
+#include <new>
 
 #include "fit/differences.h"
 #include "platform/parallel.h"
@@ -39,6 +41,13 @@ bool factor_products(std::vector<double> &a, size_t width)
         for (size_t j = k; j < width; ++j) row[j] /= root;
     }
     return true;
+}
+
+std::string short_text(double number)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%.9g", number);
+    return text;
 }
 
 /// Adds the second part of a sum to the first.
@@ -84,6 +93,10 @@ Problem::Problem(const Model::Implementation &model, const Parameters &parameter
       scale_(parameters.varied().size(), 1.0),
       factor_(parameters.varied().size() + 1, 1.0)
 {
+    if (parameters.has_ties()) return;
+    for (size_t j = 0; j < width(); ++j)
+        if (std::find(model.linear.begin(), model.linear.end(), parameters.varied()[j]) != model.linear.end())
+            linear_.push_back(j);
 }
 
 Problem::~Problem() = default;
@@ -290,16 +303,45 @@ bool Problem::prepare(const std::vector<double> &p)
 bool Problem::accepts(const std::vector<double> &p)
 {
     if (!model_.exact) return true;
-    constexpr size_t tried = 8;
-    const Worker &worker = *workers_[0];
-    model_.exact->set_parameters(*worker.exact, p.data());
-    return points_.every(tried, [&](const double *const *x) {
+    const std::vector<double> values = values_at_some(p);
+    return std::all_of(values.begin(), values.end(), [](double value) { return std::isfinite(value); });
+}
+
+std::vector<double> Problem::values_at_some(const std::vector<double> &p)
+{
+    constexpr size_t some = 12;
+    const Source &from = source(Values::exact);
+    make_workers(1);
+    Source::Memory &memory = model_.exact ? *workers_[0]->exact : *workers_[0]->fast;
+    from.set_parameters(memory, p.data());
+    std::vector<double> all;
+    points_.visit_some(some, [&](const double *const *x) {
         double value[max_outputs];
         double *values[max_outputs];
         for (size_t k = 0; k < model_.outputs; ++k) values[k] = &value[k];
-        model_.exact->run(*worker.exact, x, 1, values, nullptr);
-        return std::all_of(value, value + model_.outputs, [](double v) { return std::isfinite(v); });
+        from.run(memory, x, 1, values, nullptr);
+        all.insert(all.end(), value, value + model_.outputs);
     });
+    return all;
+}
+
+std::string Problem::where_no_value(const std::vector<double> &p)
+{
+    make_workers(1);
+    begin_pass(p, Values::exact, false);
+    Worker &worker = *workers_[0];
+    for (size_t number = 0; number < points_.blocks(); ++number) {
+        load(worker, number, Values::exact, false);
+        for (size_t row = 0; row < worker.block.count; ++row)
+            for (size_t k = 0; k < model_.outputs; ++k)
+                if (!std::isfinite(worker.column(k, width())[row])) {
+                    std::string place;
+                    for (size_t i = 0; i < model_.variables.size(); ++i)
+                        place += (i ? ", " : "") + model_.variables[i] + " = " + short_text(worker.block.x[i][row]);
+                    return "the model has no value at " + place + " with these parameters";
+                }
+    }
+    return "the squares of the residuals are out of range";
 }
 
 double Problem::rounding(const std::vector<double> &p, const Reduced<double> &reduced) const

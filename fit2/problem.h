@@ -50,6 +50,19 @@ public:
     /// Whether the calling contract gives values at a few of the points: a formula may go on where it does not.
     bool accepts(const std::vector<double> &p);
 
+    /// The values at a few of the points by the calling contract, where there is one.
+    std::vector<double> values_at_some(const std::vector<double> &p);
+
+    /// A sentence that names the first point without a value.
+    std::string where_no_value(const std::vector<double> &p);
+
+    /// Those of the varied parameters (by their places among them) that the value is linear in, where these are some but
+    /// not all and no tie comes between.
+    const std::vector<size_t> &linear() const { return linear_; }
+    bool separable() const { return !linear_.empty() && linear_.size() < width(); }
+
+    double size_of_data() const { return size_of_data_; }
+
     /// The size of what rounding alone makes of the residuals: of values, and of parameters that are large.
     double rounding(const std::vector<double> &p, const Reduced<double> &reduced) const;
 
@@ -69,6 +82,7 @@ private:
     const Parameters &parameters_;
     const Points &points_;
     int threads_;
+    std::vector<size_t> linear_;
     std::vector<double> scale_;
     std::vector<double> factor_;  ///< of every column of J | r: from the model's units to scaled ones
     double residual_scale_ = 1, size_of_data_ = 0;

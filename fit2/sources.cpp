@@ -135,6 +135,58 @@ private:
     std::vector<formula::Program> values_, full_;  ///< one an output; full: with the derivatives
 };
 
+class ExtendedFormulas : public ExtendedSource {
+public:
+    ExtendedFormulas(const std::vector<formula::Formula> &outputs, const std::vector<std::string> &variables,
+                     std::vector<std::string> parameters)
+        : variables_(variables.size()), parameters_(parameters.size())
+    {
+        std::vector<std::string> names = variables;
+        names.insert(names.end(), parameters.begin(), parameters.end());
+        for (const formula::Formula &output : outputs)
+            evaluators_.emplace_back(output.with_derivatives(parameters), names);
+    }
+
+    std::unique_ptr<Memory> memory() const override
+    {
+        auto memory = std::make_unique<Copy>();
+        memory->evaluators = evaluators_;
+        memory->numbers.resize(variables_ + parameters_);
+        memory->results.resize(parameters_ + 1);
+        return memory;
+    }
+
+    void set_parameters(Memory &memory, const long double *parameters) const override
+    {
+        auto &numbers = static_cast<Copy &>(memory).numbers;
+        std::copy(parameters, parameters + parameters_, numbers.begin() + static_cast<std::ptrdiff_t>(variables_));
+    }
+
+    void run(Memory &memory, const double *x, long double *value, long double *jacobian) const override
+    {
+        auto &own = static_cast<Copy &>(memory);
+        std::copy(x, x + variables_, own.numbers.begin());
+        for (size_t k = 0; k < own.evaluators.size(); ++k) {
+            own.evaluators[k](own.numbers, own.results);
+            value[k] = own.results[0];
+            std::copy(own.results.begin() + 1, own.results.end(), jacobian + k * parameters_);
+        }
+    }
+
+private:
+    // Results of the polish are promised to this many bits.
+    static_assert(std::numeric_limits<long double>::digits >= 64, "extended precision has 64 bits at least");
+
+    using Evaluator = formula::Evaluator<long double>;
+    struct Copy : Memory {
+        std::vector<Evaluator> evaluators;
+        std::vector<long double> numbers, results;
+    };
+
+    size_t variables_, parameters_;
+    std::vector<Evaluator> evaluators_;
+};
+
 class MixedSource : public Source {
 public:
     MixedSource(std::shared_ptr<const Source> values, std::shared_ptr<const Source> derivatives)
@@ -239,6 +291,13 @@ std::unique_ptr<Source> formula_source(const std::vector<formula::Formula> &outp
                                        const std::vector<std::string> &parameters)
 {
     return std::make_unique<FormulaSource>(outputs, variables, parameters);
+}
+
+std::unique_ptr<ExtendedSource> extended_source(const std::vector<formula::Formula> &outputs,
+                                                const std::vector<std::string> &variables,
+                                                const std::vector<std::string> &parameters)
+{
+    return std::make_unique<ExtendedFormulas>(outputs, variables, parameters);
 }
 
 std::unique_ptr<Source> mixed_source(std::shared_ptr<const Source> values, std::shared_ptr<const Source> derivatives)

@@ -217,6 +217,26 @@ void fill_statistics(const Problem &problem, const Standing &standing, const Spr
     }
 }
 
+void fill_without_values(const Problem &problem, const std::vector<double> &p, const Options &options, Result &result)
+{
+    const Parameters &parameters = problem.parameters();
+    result.points = problem.points().used();
+    result.left_out = problem.points().left_out();
+    result.degrees_of_freedom = static_cast<long>(problem.residuals()) - static_cast<long>(problem.width());
+    result.confidence = options.confidence;
+    for (size_t i = 0; i < parameters.all(); ++i) {
+        Estimate estimate;
+        estimate.name = parameters.names()[i];
+        estimate.value = p[i];
+        estimate.fixed = parameters.is_fixed(i);
+        estimate.tied = parameters.is_tied(i);
+        result.parameters.push_back(estimate);
+    }
+    for (const auto &[name, text] : options.derived) result.derived.push_back({name, absent});
+    result.covariance.assign(p.size() * p.size(), absent);
+    result.correlation = result.covariance;
+}
+
 Band band(const Model &model, const Result &result, std::span<const double *const> x, size_t points, BandKind kind,
           double confidence)
 {

@@ -22,4 +22,7 @@ Spread spread(const Reduced<T> &reduced, const std::vector<bool> &held);
 void fill_statistics(const Problem &problem, const Standing &standing, const Spread &spread, const Data &data,
                      const Options &options, Result &result);
 
+/// The same where the model has no value: parameters and counts alone.
+void fill_without_values(const Problem &problem, const std::vector<double> &p, const Options &options, Result &result);
+
 }  // namespace curvebank::fit

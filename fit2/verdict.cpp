@@ -60,13 +60,19 @@ std::vector<size_t> running_away(const Problem &problem, const Standing &standin
     return found;
 }
 
+/// A curve that is as good as the mean is the mean, all but. One that is worse is no minimum of a model that has a
+/// constant.
 bool no_better_than_constant(const Problem &problem, const Standing &standing)
 {
     const Model::Implementation &model = problem.model();
     if (model.all_linear || model.implicit || problem.width() < 2) return false;
     const double total = problem.points().squares_about_mean(problem.residual_scale());
     constexpr double trace = 1e-6;
-    return total > 0 && standing.sum_of_squares() >= (1 - trace) * total && contains_constant(problem, standing);
+    const double worse = standing.sum_of_squares() - total;
+    const bool has_constant = std::any_of(model.constants.begin(), model.constants.end(), [&](size_t i) {
+        return !problem.parameters().is_fixed(i) && !problem.parameters().bounded(i);
+    });
+    return total > 0 && (std::fabs(worse) <= trace * total || (worse > 0 && has_constant));
 }
 
 std::string join(const Problem &problem, const std::vector<size_t> &which)
