@@ -367,7 +367,7 @@ void show(const fit::Library &library, const std::string &name)
         count += fmt::format(" by its count, but all {} entries of p and dy are used", about->parameters.size());
     line("Parameters", count);
     for (const auto &parameters : {about->parameters, about->repeated})
-        for (const auto &[parameter, meaning] : parameters) fmt::print("    {:<10}{}\n", parameter, meaning);
+        for (const auto &parameter : parameters) fmt::print("    {:<10}{}\n", parameter.name, parameter.meaning);
     line("Export", exported ? fmt::format("{} (ordinal {})", exported->name, exported->ordinal)
                             : "only through the catalogue");
     if (!about->derivatives) line("Derivatives", "none: the model gives its value only");
