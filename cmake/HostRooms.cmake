@@ -22,6 +22,6 @@ if(missing)
     return()
 endif()
 
-foreach(room reference fit table report program bench)
+foreach(room reference fit)
     add_subdirectory(${room})
 endforeach()

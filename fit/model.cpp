@@ -125,13 +125,13 @@ Model Model::catalogue(std::string_view name, int terms)
         // Further terms begin at the sample of the first: where their data are is for a search of starts to say.
         const size_t of_sample = i < once || about->repeated.empty() ? i : once + (i - once) % about->repeated.size();
         const double start = of_sample < about->sample_parameters.size() ? about->sample_parameters[of_sample] : 1;
-        const bool held = parameter.kind == "given" || parameter.kind == "abscissa";
+        const bool held = parameter.kind == reference::Kind::given || parameter.kind == reference::Kind::abscissa;
         model->parameters.push_back({named[i].name, std::string(parameter.meaning), std::string(parameter.unit), start, held});
         model->about_parameters.push_back(&parameter);
     }
     const std::vector<std::string> names = names_of(model->parameters);
     model->formulas = formulas_of(*about, names, terms);
-    model->formula_agrees = formula_agrees(about->name);
+    model->formula_agrees = fit::formula_agrees(about->name);
 
     const std::shared_ptr<const Source> contract =
         contract_source({function, passed, count, model->variables.size(), model->outputs});

@@ -103,7 +103,7 @@ struct DifferenceMemory : Source::Memory {
 
 }  // namespace
 
-WithDifferences::WithDifferences(std::unique_ptr<Source> values, std::vector<bool> by_differences, size_t outputs)
+WithDifferences::WithDifferences(std::shared_ptr<const Source> values, std::vector<bool> by_differences, size_t outputs)
     : values_(std::move(values)), by_differences_(std::move(by_differences)), outputs_(outputs)
 {
 }

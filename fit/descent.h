@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "fit/problem.h"
+#include "fit/step.h"
 
 namespace curvebank::fit {
 

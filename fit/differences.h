@@ -26,7 +26,7 @@ void fill_missing(const Source &source, Source::Memory &memory, const std::vecto
 /// A source whose derivatives for some parameters are taken by differences.
 class WithDifferences : public Source {
 public:
-    WithDifferences(std::unique_ptr<Source> values, std::vector<bool> by_differences, size_t outputs);
+    WithDifferences(std::shared_ptr<const Source> values, std::vector<bool> by_differences, size_t outputs);
 
     std::unique_ptr<Memory> memory() const override;
     void set_parameters(Memory &memory, const double *parameters) const override;
@@ -34,7 +34,7 @@ public:
              double *const *jacobian) const override;
 
 private:
-    std::unique_ptr<Source> values_;
+    std::shared_ptr<const Source> values_;
     std::vector<bool> by_differences_;
     size_t outputs_;
 };

@@ -27,8 +27,4 @@ struct Kernels {
 /// Those for this machine.
 const Kernels &kernels();
 
-/// The same reduction for any number type, a column of `stride` rows after the other.
-template <typename T>
-void reduce_columns(T *columns, size_t stride, size_t rows, size_t width, T *triangle);
-
 }  // namespace curvebank::fit
