@@ -17,11 +17,12 @@ const Kernels &kernels()
 {
     static const Kernels &chosen = []() -> const Kernels & {
         switch (formula::best_instructions()) {
+#ifdef CURVEBANK_VECTOR_KERNELS
             case formula::Instructions::avx512: return avx512::table;
             case formula::Instructions::avx2: return avx2::table;
-            case formula::Instructions::baseline: break;
+#endif
+            default: return baseline::table;
         }
-        return baseline::table;
     }();
     return chosen;
 }
