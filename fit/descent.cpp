@@ -17,6 +17,8 @@ Room Descender::room(const std::vector<double> &p) const
 {
     const Parameters &parameters = problem_.parameters();
     Room room;
+    room.down.reserve(problem_.width());
+    room.up.reserve(problem_.width());
     for (size_t j = 0; j < problem_.width(); ++j) {
         const double at = p[parameters.varied()[j]];
         room.down.push_back((parameters.lower(j) - at) / problem_.scale(j));

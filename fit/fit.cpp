@@ -22,20 +22,23 @@ struct Attempt {
     Verdict verdict = Verdict::domain_left;
     std::vector<std::string> notes;
     int iterations = 0;
+    double unit = 1;  ///< of the residuals
 
     bool better_than(const Attempt &other) const
     {
         if (is_success(verdict) != is_success(other.verdict) && comparable(other)) return is_success(verdict);
-        return standing.sum_of_squares() < other.standing.sum_of_squares();
+        return log_size() < other.log_size();
     }
 
 private:
     /// Equal but for a trace: then a clean verdict counts more than the last digits.
     bool comparable(const Attempt &other) const
     {
-        const double a = standing.sum_of_squares(), b = other.standing.sum_of_squares();
-        return std::fabs(a - b) <= 1e-6 * std::min(a, b);
+        return std::fabs(log_size() - other.log_size()) <= 1e-6;
     }
+
+    /// Of the sum of squares, whose unit each attempt chooses for itself.
+    double log_size() const { return std::log(standing.sum_of_squares()) + 2 * std::log(unit); }
 };
 
 class Fit {
@@ -78,7 +81,7 @@ private:
             return attempt;
         }
         const std::vector<double> near = projected ? start : from_sample(start);
-        const Descent down{Values::fast, Reduction::products, projected, 1e-3};
+        const Descent down{Values::fast, Reduction::products, projected, 1e-7};
         attempt.end = descender.go(near, down);
         if (attempt.end == End::no_value && near != start) attempt.end = descender.go(start, down);
         if (attempt.end == End::no_value) {
@@ -88,6 +91,7 @@ private:
         settle(descender, attempt);
         std::vector<double> p = attempt.standing.p;
         if (make_canonical(problem_, p)) settle_at(descender, attempt, p);
+        attempt.unit = problem_.residual_scale();
         attempt.iterations = descender.iterations();
         attempt.verdict = judge(problem_, attempt.standing, attempt.end, attempt.spread, attempt.notes);
         return attempt;
@@ -96,12 +100,12 @@ private:
     /// The last steps: values of the calling contract, an orthogonal factor, extended precision where it shows.
     void settle(Descender &descender, Attempt &attempt)
     {
-        constexpr double offset = 1e-10;
+        constexpr double offset = 1e-11;
         const std::vector<double> p = descender.standing().p;
         if (attempt.end == End::stopped) {
             descender.stay(p, {Values::exact, Reduction::orthogonal});
         } else {
-            problem_.prepare(p);
+            if (!well_scaled(descender.standing())) problem_.prepare(p);
             attempt.end = descender.go(p, {Values::exact, Reduction::orthogonal, false, offset});
         }
         attempt.standing = descender.standing();
@@ -109,6 +113,17 @@ private:
         if (attempt.end == End::no_value || !needs_polish(attempt)) return;
         descender.polish();
         settle_at(descender, attempt, descender.standing().p);
+    }
+
+    /// Whether no derivative has wandered so far from its scale that squares could leave the range.
+    static bool well_scaled(const Standing &standing)
+    {
+        constexpr double far = 1e40;
+        for (size_t j = 0; j < standing.reduced.width; ++j) {
+            const double norm = standing.reduced.column_norm(j);
+            if (!(norm < far && norm > 1 / far)) return false;
+        }
+        return true;
     }
 
     /// Takes the standing at p, reduced in extended precision where there is any.
@@ -119,17 +134,20 @@ private:
         attempt.spread = spread(attempt.standing.reduced, attempt.standing.held);
     }
 
-    /// Whether rounding shows in the digits of a parameter: it counts with the condition of the problem.
+    /// Whether rounding may show: in the digits of a parameter, and beside its standard error, which the residuals give.
     bool needs_polish(const Attempt &attempt) const
     {
-        constexpr double wanted = 1e-13;
+        constexpr double of_value = 1e-13, of_error = 1e-10;
         constexpr size_t most_points = 100000;
         if (!problem_.has_extended() || problem_.residuals() > most_points) return false;
         const size_t n = problem_.width();
-        const double rounding = problem_.rounding(attempt.standing.p, attempt.standing.reduced);
+        const Standing &standing = attempt.standing;
+        const double rounding = problem_.rounding(standing.p, standing.reduced);
+        const double degrees = static_cast<double>(problem_.residuals()) - static_cast<double>(n);
+        if (degrees > 0 && rounding < of_error * std::sqrt(standing.sum_of_squares() / degrees)) return false;
         for (size_t j = 0; j < n; ++j) {
             const double error = rounding * std::sqrt(attempt.spread.inverse[j * n + j]);
-            if (error > wanted * std::fabs(attempt.standing.p[parameters_.varied()[j]] / problem_.scale(j))) return true;
+            if (error > of_value * std::fabs(standing.p[parameters_.varied()[j]] / problem_.scale(j))) return true;
         }
         return false;
     }

@@ -130,7 +130,7 @@ Model Model::catalogue(std::string_view name, int terms)
         model->about_parameters.push_back(&parameter);
     }
     const std::vector<std::string> names = names_of(model->parameters);
-    model->formulas = formulas_of(*about, names, terms);
+    model->formulas = formulas_of(*about, names, about->repeated.empty() ? 0 : terms);
     model->formula_agrees = fit::formula_agrees(about->name);
 
     const std::shared_ptr<const Source> contract =

@@ -17,9 +17,10 @@ constexpr double epsilon = std::numeric_limits<double>::epsilon();
 double quantile(double confidence, long degrees, bool absolute)
 {
     const double tail = (1 - confidence) / 2;
-    if (absolute) return boost::math::quantile(boost::math::complement(boost::math::normal(), tail));
+    using Policy = boost::math::policies::policy<boost::math::policies::promote_double<false>>;
+    if (absolute) return boost::math::quantile(boost::math::complement(boost::math::normal_distribution<double, Policy>(), tail));
     if (degrees < 1) return absent;
-    const boost::math::students_t distribution(static_cast<double>(degrees));
+    const boost::math::students_t_distribution<double, Policy> distribution(static_cast<double>(degrees));
     return boost::math::quantile(boost::math::complement(distribution, tail));
 }
 
@@ -33,6 +34,59 @@ void give_interval(Estimate &estimate, double error, double reach)
     estimate.standard_error = finite_or_absent(error);
     estimate.lower = finite_or_absent(estimate.value - reach * error);
     estimate.upper = finite_or_absent(estimate.value + reach * error);
+}
+
+}  // namespace
+
+namespace {
+
+template <typename T>
+using Matrix = Eigen::Matrix<T, Eigen::Dynamic, Eigen::Dynamic>;
+
+/// The inverse of a triangle, and whether it is sound: its condition leaves half of the digits.
+template <typename T>
+bool invert(const Matrix<T> &triangle, Matrix<T> &inverse, double &condition)
+{
+    const Eigen::Index n = triangle.rows();
+    inverse.setZero(n, n);
+    for (Eigen::Index c = 0; c < n; ++c) {
+        for (Eigen::Index row = c; row >= 0; --row) {
+            T rest = row == c ? T(1) : T(0);
+            for (Eigen::Index k = row + 1; k <= c; ++k) rest -= triangle(row, k) * inverse(k, c);
+            if (!(triangle(row, row) != 0)) return false;
+            inverse(row, c) = rest / triangle(row, row);
+        }
+    }
+    condition = static_cast<double>(triangle.norm() * inverse.norm());
+    return condition < 1e8;
+}
+
+/// The same by singular values: directions that rounding hides are left out, and the parameters in them marked.
+template <typename T>
+void invert_what_is_seen(const Matrix<T> &columns, Matrix<T> &inverse, std::vector<bool> &seen, Spread &result,
+                         const std::vector<size_t> &free)
+{
+    const Eigen::Index width = columns.cols();
+    const Eigen::JacobiSVD<Matrix<T>> svd(columns, Eigen::ComputeThinU | Eigen::ComputeThinV);
+    const auto &singular = svd.singularValues();
+    // Derivatives are rounded as doubles, whatever they are reduced in.
+    const T least = 8 * static_cast<T>(epsilon) * singular(0);
+    constexpr double part = 1e-3;  // of an unseen direction that makes a parameter undetermined
+    inverse.setZero(width, width);
+    for (Eigen::Index k = 0; k < width; ++k) {
+        const auto direction = svd.matrixV().col(k);
+        if (singular(k) > least) {
+            inverse += direction * direction.transpose() / (singular(k) * singular(k));
+            continue;
+        }
+        ++result.unseen;
+        for (Eigen::Index c = 0; c < width; ++c)
+            if (std::fabs(direction(c)) > part) seen[static_cast<size_t>(c)] = false;
+    }
+    for (size_t c = 0; c < free.size(); ++c)
+        result.combination[free[c]] =
+            static_cast<double>(svd.matrixV()(static_cast<Eigen::Index>(c), width - 1));
+    result.condition = static_cast<double>(singular(0) / singular(width - 1));
 }
 
 }  // namespace
@@ -52,8 +106,7 @@ Spread spread(const Reduced<T> &reduced, const std::vector<bool> &held)
     if (free.empty()) return result;
 
     // Columns of unit length: the units of the parameters say nothing of what the data see.
-    using Matrix = Eigen::Matrix<T, Eigen::Dynamic, Eigen::Dynamic>;
-    Matrix columns = Matrix::Zero(static_cast<Eigen::Index>(n), width);
+    Matrix<T> columns = Matrix<T>::Zero(static_cast<Eigen::Index>(n), width);
     std::vector<double> length;
     for (Eigen::Index c = 0; c < width; ++c) {
         const size_t j = free[static_cast<size_t>(c)];
@@ -62,32 +115,19 @@ Spread spread(const Reduced<T> &reduced, const std::vector<bool> &held)
         for (size_t row = 0; row <= j && norm > 0; ++row)
             columns(static_cast<Eigen::Index>(row), c) = reduced.at(row, j) / norm;
     }
-    const Eigen::JacobiSVD<Matrix> svd(columns, Eigen::ComputeThinU | Eigen::ComputeThinV);
-    const auto &singular = svd.singularValues();
-    // Derivatives are rounded as doubles, whatever they are reduced in.
-    const T least = 8 * static_cast<T>(epsilon) * singular(0);
     std::vector<bool> seen(free.size(), true);
-    Matrix inverse = Matrix::Zero(width, width);
-    constexpr double part = 1e-3;  // of an unseen direction that makes a parameter undetermined
-    for (Eigen::Index k = 0; k < width; ++k) {
-        const auto direction = svd.matrixV().col(k);
-        if (singular(k) > least) {
-            inverse += direction * direction.transpose() / (singular(k) * singular(k));
-            continue;
-        }
-        ++result.unseen;
-        for (Eigen::Index c = 0; c < width; ++c)
-            if (std::fabs(direction(c)) > part) seen[static_cast<size_t>(c)] = false;
-    }
-    result.condition = static_cast<double>(singular(0) / singular(width - 1));
+    Matrix<T> inverse;
+    if (free.size() == n && invert(columns, inverse, result.condition))
+        inverse = (inverse * inverse.transpose()).eval();
+    else
+        invert_what_is_seen(columns, inverse, seen, result, free);
     for (size_t c = 0; c < free.size(); ++c) {
-        const auto row = static_cast<Eigen::Index>(c);
-        result.combination[free[c]] = static_cast<double>(svd.matrixV()(row, width - 1));
         result.determined[free[c]] = seen[c] && length[c] > 0;
         for (size_t d = 0; d < free.size() && seen[c]; ++d)
             if (seen[d] && length[c] > 0 && length[d] > 0)
                 result.inverse[free[c] * n + free[d]] =
-                    static_cast<double>(inverse(row, static_cast<Eigen::Index>(d))) / length[c] / length[d];
+                    static_cast<double>(inverse(static_cast<Eigen::Index>(c), static_cast<Eigen::Index>(d))) /
+                    length[c] / length[d];
     }
     return result;
 }

@@ -6,6 +6,11 @@
 namespace curvebank::fit {
 namespace {
 
+double square(double number)
+{
+    return number * number;
+}
+
 /// The least-squares problem over some of the parameters: triangle and right-hand side, with what held ones have moved
 /// by added to the residuals.
 template <typename T>
@@ -24,6 +29,10 @@ Small<T> restrict_to_free(const Reduced<T> &reduced, const std::vector<bool> &he
     Small<T> small;
     for (size_t j = 0; j < n; ++j)
         if (!held[j]) small.free.push_back(j);
+    if (small.width() == n) {
+        small.triangle = reduced.triangle;
+        return small;
+    }
     const size_t columns = small.width() + 1, rows = n + 1;
     std::vector<T> dense(columns * rows);  // column by column
     for (size_t c = 0; c < small.width(); ++c)
@@ -39,18 +48,18 @@ Small<T> restrict_to_free(const Reduced<T> &reduced, const std::vector<bool> &he
     return small;
 }
 
-/// Solves R y = -z backwards. A row whose diagonal is as good as 0 has no say: its unknown stays 0.
+/// Solves R y = -z backwards. Where nothing but rounding is left of a column beside those before it, its unknown stays 0.
 template <typename T>
 std::vector<T> solve(const std::vector<T> &triangle, size_t n)
 {
     std::vector<T> y(n);
-    T largest = 0;
-    for (size_t k = 0; k < n; ++k) largest = std::max(largest, std::fabs(triangle[k * (n + 1) + k]));
     for (size_t k = n; k-- > 0;) {
         const T *const row = &triangle[k * (n + 1)];
         T rest = -row[n];
         for (size_t j = k + 1; j < n; ++j) rest -= row[j] * y[j];
-        const bool counts = std::fabs(row[k]) > std::numeric_limits<T>::epsilon() * largest;
+        T squares = 0;
+        for (size_t i = 0; i <= k; ++i) squares += triangle[i * (n + 1) + k] * triangle[i * (n + 1) + k];
+        const bool counts = std::fabs(row[k]) > std::numeric_limits<T>::epsilon() * std::sqrt(squares);
         y[k] = counts ? rest / row[k] : T(0);
     }
     return y;
@@ -77,7 +86,7 @@ Solution within_radius(const Small<double> &small, const std::vector<double> &me
     const size_t n = small.width();
     const auto length = [&](const std::vector<double> &y) {
         double squares = 0;
-        for (size_t c = 0; c < n; ++c) squares += std::pow(metric[small.free[c]] * y[c], 2);
+        for (size_t c = 0; c < n; ++c) squares += square(metric[small.free[c]] * y[c]);
         return std::sqrt(squares);
     };
     constexpr double slack = 0.1;
@@ -91,7 +100,7 @@ Solution within_radius(const Small<double> &small, const std::vector<double> &me
     for (size_t c = 0; c < n; ++c) {
         double g = 0;
         for (size_t row = 0; row <= c; ++row) g += small.at(row, c) * small.at(row, n);
-        if (metric[small.free[c]] > 0) gradient += std::pow(g / metric[small.free[c]], 2);
+        if (metric[small.free[c]] > 0) gradient += square(g / metric[small.free[c]]);
     }
     double upper = std::sqrt(gradient) / radius, lower = 0;
     if (!(upper > 0) || !std::isfinite(upper)) upper = std::numeric_limits<double>::max();
@@ -106,7 +115,7 @@ Solution within_radius(const Small<double> &small, const std::vector<double> &me
         if (std::fabs(excess) <= slack * radius || damping == 0) break;
         // Newton's step for 1/|length|, which is nearly linear in the damping.
         std::vector<double> w(n);
-        for (size_t c = 0; c < n; ++c) w[c] = std::pow(metric[small.free[c]], 2) * solution.y[c] / solution.length;
+        for (size_t c = 0; c < n; ++c) w[c] = square(metric[small.free[c]]) * solution.y[c] / solution.length;
         double squares = 0;
         for (size_t c = 0; c < n; ++c) {
             double rest = w[c];
@@ -140,7 +149,7 @@ double projected(const Reduced<double> &reduced, const std::vector<bool> &held)
 {
     const Small<double> small = restrict_to_free(reduced, held, std::vector<double>(reduced.width, 0.0));
     double squares = 0;
-    for (size_t row = 0; row < small.width(); ++row) squares += std::pow(small.at(row, small.width()), 2);
+    for (size_t row = 0; row < small.width(); ++row) squares += square(small.at(row, small.width()));
     return std::sqrt(squares);
 }
 
@@ -163,11 +172,11 @@ Step trust_region_step(const Reduced<double> &reduced, const Room &room, std::ve
             step.change[j] = std::clamp(solution.y[c], room.down[j], room.up[j]);
             if (step.change[j] == solution.y[c]) continue;
             held[j] = again = true;
-            taken += std::pow(metric[j] * step.change[j], 2);
+            taken += square(metric[j] * step.change[j]);
         }
     }
     double squares = 0, before = 0, after = 0;
-    for (size_t j = 0; j < n; ++j) squares += std::pow(metric[j] * step.change[j], 2);
+    for (size_t j = 0; j < n; ++j) squares += square(metric[j] * step.change[j]);
     for (size_t row = 0; row < n; ++row) {
         double residual = reduced.at(row, n);
         before += residual * residual;
