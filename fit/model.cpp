@@ -140,7 +140,8 @@ Model Model::catalogue(std::string_view name, int terms)
         model->exact = mixed_source(contract, model->fast);
     } else {
         std::vector<bool> by_differences(count, !about->derivatives || model->outputs > 1);
-        for (const auto &inexact : about->inexact) by_differences[static_cast<size_t>(inexact.entry) - 1] = true;
+        for (size_t i = 0; i < count; ++i)
+            if (about->inexact_at(static_cast<int>(i) + 1)) by_differences[i] = true;
         model->exact = std::make_shared<WithDifferences>(contract, by_differences, model->outputs);
         model->fast = model->exact;
     }

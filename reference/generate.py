@@ -166,11 +166,14 @@ def main():
         own_arrays, initialiser = cpp_entry(file, name, entry)
         arrays += own_arrays
         initialisers.append(initialiser)
+    words = [f"        case {kind(word)}: return {text(word)};" for word in KINDS]
     lines = ["// Made from reference/*/*.toml.", "", '#include "reference/reference.h"', "",
              "namespace curvebank::reference {", "namespace {", "",
              "constexpr double infinity = std::numeric_limits<double>::infinity();", "", *arrays, "",
              "constexpr ModelReference entries[] = {", *initialisers, "};", "", "}  // namespace", "",
-             "const std::span<const ModelReference> models = entries;", "", "}  // namespace curvebank::reference", ""]
+             "const std::span<const ModelReference> models = entries;", "",
+             "std::string_view word(Kind kind)", "{", "    switch (kind) {", *words, "    }", '    return "";', "}", "",
+             "}  // namespace curvebank::reference", ""]
     output.write_text("\n".join(lines))
 
 

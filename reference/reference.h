@@ -53,7 +53,8 @@ struct UnitReference {
     std::string_view variable, expression;
 };
 
-/// A derivative entry that is deliberately not the exact partial, by its number in dy, and what it holds.
+/// A derivative entry that is deliberately not the exact partial, by its number in dy, and what it holds; of
+/// repeated terms the first's, which stands for all.
 struct InexactReference {
     int entry;
     std::string_view holds;
@@ -94,6 +95,9 @@ struct ModelReference {
 
     /// Number of repeated terms in a call with that many parameters.
     int terms(int parameters) const;
+
+    /// What is known of entry i of dy where it is not the exact partial, otherwise null.
+    const InexactReference *inexact_at(int i) const;
 
     /// The names of that many parameters in order.
     std::vector<NamedParameter> names(int parameters) const;
