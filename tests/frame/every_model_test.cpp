@@ -96,7 +96,7 @@ const Names value_alone = names(
 /// Those that compute value and derivatives in one step, with the tests and the missing marks of both.
 const Names one_step = names(
     "BiHill Bingham Carreau ExpAssoc1 ExpAssoc2 ExpAssocDelay1 ExpAssocDelay2 ExpGrow3Dec2 ExpGrowDec Gaussian "
-    "MYEGA PIPlatt PIPlatt2 PIWebb VFT Voigt2DMod");
+    "MYEGA PIPlatt PIPlatt2 PIWebb Rational5 VFT Voigt2DMod");
 
 /// Those whose value step ends the call where it needs no exponential or power; otherwise it goes on, as in most
 /// models, to the derivative step.
