@@ -27,7 +27,7 @@ Made by `scripts/test --long docs`. What the tests show of every model, on Linux
 - **The contract holds for every call**: an allowed result, nothing written by `EVAL_INIT`, the same bits the second time, `perr`
   read only with `EVAL_USE_ERRPTR`, value and derivatives in one call as in two ([contract.h](../tests/support/contract.h)).
 - **The optimiser changes no bit**: the same calls to a library compiled without it
-  ([optimisation_test.cpp](../tests/frame/optimisation_test.cpp)).
+  ([compare_builds.cpp](../tests/compare/compare_builds.cpp)).
 - **Threads do not see each other** ([threads_test.cpp](../tests/frame/threads_test.cpp)).
 - **No allocation, no lock, no system call**, on Linux: an allocator that counts, a process that a system call would end
   ([isolation_test.cpp](../tests/isolation/isolation_test.cpp)), and an import list of mathematical functions, `errno` and the
