@@ -62,8 +62,8 @@ inline bool alike(CallState a, CallState b)
     return same(a, b);
 }
 
-/// Random numbers and calls. Its state is its seed: a generator of its own for every call costs nothing, and any call
-/// can be made again alone.
+/// Random numbers and calls. Its state is its seed: a generator of its own for every call costs nothing, and any
+/// call can be made again alone.
 class Random {
 public:
     explicit Random(uint64_t seed) : state_(seed) {}
@@ -95,7 +95,8 @@ public:
     }
 
     /// Flags, count and error codes of any call. Many ask for neither a query nor an initialisation, few have flags
-    /// without a meaning, one in three has a count of its own, and half find codes from before in the error variables.
+    /// without a meaning, one in three has a count of its own, and half find codes from before in the error
+    /// variables.
     void request(const ModelCatalogEntry &row, CallState &state)
     {
         static constexpr int32_t codes[] = {0, 0, 0, 33, 34, 11};
