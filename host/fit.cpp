@@ -238,6 +238,7 @@ Finish finish(Problem &problem, const std::vector<size_t> &over, const FitOption
 {
     constexpr int most = 20;
     Finish result;
+    if (over.empty()) return result;
     double best = sum_of_squares(problem);
     const auto degrees = static_cast<double>(problem.points() - over.size());
     while (result.steps < most && result.relative > epsilon) {
@@ -312,9 +313,10 @@ void fill_statistics(Problem &problem, const Data &data, const std::vector<size_
     result.residual_sd =
         result.degrees_of_freedom > 0 ? std::sqrt(result.sum_of_squares / result.degrees_of_freedom) : none;
 
+    if (over.empty()) return;  // bounds hold all parameters
     const auto linear = linearise(problem, over);
     result.dependent = !linear || !linear->full_rank();
-    if (result.dependent || result.degrees_of_freedom < 1 || over.empty()) return;
+    if (result.dependent || result.degrees_of_freedom < 1) return;
     const Vector errors = linear->unit_errors() * result.residual_sd;
     const boost::math::students_t distribution(result.degrees_of_freedom);
     const double t = boost::math::quantile(boost::math::complement(distribution, (1 - result.confidence) / 2));
