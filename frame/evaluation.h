@@ -5,8 +5,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "curvebank/model_func.h"
 #include "frame/guards.h"
-#include "frame/model_func.h"
 
 /// Opens a model: a C function with the signature of ModelFunc. X stands for x[1] in the formulas.
 #define MODEL(name)                                                                                              \

@@ -7,7 +7,7 @@
 
 #include <cmath>
 
-#include "frame/model_func.h"
+#include "curvebank/model_func.h"
 
 namespace curvebank {
 

@@ -31,7 +31,7 @@ Made by `scripts/test --long docs`. What the tests show of every model, on Linux
 - **Threads do not see each other** ([threads_test.cpp](../tests/frame/threads_test.cpp)).
 - **No allocation, no lock, no system call**, on Linux: an allocator that counts, a process that a system call would end
   ([isolation_test.cpp](../tests/isolation/isolation_test.cpp)), and an import list of mathematical functions, `errno` and the
-  `snprintf` of the diagnostic command ([export_table.py](../tests/exports/export_table.py)).
+  `snprintf` of the diagnostic command ([export_table.py](../tests/catalogue/export_table.py)).
 - **Arbitrary input does no harm**: [fuzzers](../tests/fuzz/) of model calls and of the texts of `FuncTest`.
 
 """

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "curvebank/curvebank.h"
-#include "platform/name_compare.h"
+#include "platform/names.h"
 #include "platform/shared_library.h"
 
 using namespace curvebank;

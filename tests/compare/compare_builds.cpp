@@ -25,7 +25,7 @@
 #include <vector>
 
 #include "curvebank/exports.h"
-#include "platform/name_compare.h"
+#include "platform/names.h"
 #include "platform/shared_library.h"
 #include "tests/support/extents.h"
 #include "tests/support/random_call.h"

@@ -9,10 +9,10 @@
 
 #include <doctest/doctest.h>
 
-#include "platform/guard_pages.h"
 #include "tests/support/call.h"
 #include "tests/support/contract.h"
 #include "tests/support/extents.h"
+#include "tests/support/guard_pages.h"
 #include "tests/support/random_call.h"
 
 using namespace curvebank;
@@ -36,7 +36,7 @@ public:
     /// The call in arrays that end where the contract ends them.
     CallState ending(ModelFunc model, CallState state, const test::Extents &end)
     {
-        const auto before_end = [](const platform::GuardPages &pages, int last) {
+        const auto before_end = [](const test::GuardPages &pages, int last) {
             return reinterpret_cast<double *>(pages.end()) - (last + 1);
         };
         run(model, state, 0, end, before_end(p_, end.p), before_end(x_, end.x), before_end(y_, end.y),
@@ -47,9 +47,7 @@ public:
     /// The call in arrays of which element 0 is closed, but for the dy of a query.
     CallState beginning(ModelFunc model, CallState state, const test::Extents &end)
     {
-        const auto first = [](const platform::GuardPages &pages) {
-            return reinterpret_cast<double *>(pages.begin());
-        };
+        const auto first = [](const test::GuardPages &pages) { return reinterpret_cast<double *>(pages.begin()); };
         const int query = state.flags & EVAL_QUERY ? 1 : 0;
         run(model, state, 1, end, first(p_) - 1, first(x_) - 1, first(y_) - 1, first(dy_) - 1 + query);
         return state;
@@ -76,7 +74,7 @@ private:
     }
 
     static constexpr size_t bytes = sizeof(CallState::Array);
-    platform::GuardPages p_{bytes}, x_{bytes}, y_{bytes}, dy_{bytes};
+    test::GuardPages p_{bytes}, x_{bytes}, y_{bytes}, dy_{bytes};
 };
 
 /// The models of which a call for value and derivatives gives the value alone.

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "frame/catalogue.h"
+#include "catalogue/catalogue.h"
 
 namespace curvebank::test {
 

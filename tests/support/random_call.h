@@ -10,7 +10,7 @@
 #include <iterator>
 #include <limits>
 
-#include "frame/catalogue.h"
+#include "catalogue/catalogue.h"
 #include "tests/support/marks.h"
 
 namespace curvebank::test {

@@ -1,0 +1,69 @@
+// What is known of a model: its formula, the names and meanings of its parameters, its domain, a sample.
+
+#pragma once
+
+#include <array>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace curvebank::reference {
+
+struct ParameterReference {
+    std::string_view name, meaning;
+};
+
+/// A derivative entry that is deliberately not the exact partial, by its number in dy, and what it holds.
+struct InexactReference {
+    int entry;
+    std::string_view holds;
+};
+
+struct RangeReference {
+    double low, high;
+};
+
+/// A parameter of a call: those of repeated terms have numbers in their names when there are several terms.
+struct NamedParameter {
+    std::string name;
+    const ParameterReference *about;
+};
+
+/// One entry of the reference tables; reference/README.md says what each key means.
+struct ModelReference {
+    std::string_view name{}, title{}, formula{};
+    std::string_view second{};  ///< the formula of the second output, where a model has two
+    std::string_view term{}, domain{}, source{};
+    std::span<const ParameterReference> parameters{};  ///< those that are there once, first in the parameter array
+    std::span<const ParameterReference> repeated{};    ///< those of every repeated term
+    std::span<const InexactReference> inexact{};
+    bool contributions = false, linear = false, derivatives = true, placeholder = false, export_only = false;
+    bool implicit = false;  ///< the value is the residual of an equation, 0 on the curve
+    double tolerance = 1e-12;
+    std::span<const double> sample_parameters{};
+    std::span<const RangeReference> sample_ranges{};  ///< of x, y and z, as many as the model has variables
+
+    /// Number of repeated terms in a call with that many parameters.
+    int terms(int parameters) const;
+
+    /// The names of that many parameters in order.
+    std::vector<NamedParameter> names(int parameters) const;
+
+    /// The whole formula as one line of text.
+    std::string text() const;
+
+    /// The names of the independent variables in the formulas.
+    static constexpr std::array variables = {"x", "y", "z"};
+};
+
+/// All entries in alphabetical order.
+extern const std::span<const ModelReference> models;
+
+/// The entry of that name, ignoring case, or null.
+const ModelReference *find(std::string_view name);
+
+/// Up to five names that a misspelt name may stand for, likeliest first.
+std::vector<std::string_view> nearest_names(std::string_view name);
+
+}  // namespace curvebank::reference
