@@ -57,6 +57,8 @@ def check_pe(library, expected, objdump):
         if dll != "ucrtbase.dll":
             assert not functions & UCRT_ONLY, f"{sorted(functions & UCRT_ONLY)} come from {dll}"
 
+    with open(library, "rb") as file:
+        assert b"basic_streambuf" not in file.read(), "the stream library is in the DLL: something uses <iostream>"
     for characteristic in ("HIGH_ENTROPY_VA", "DYNAMIC_BASE", "NX_COMPAT"):
         assert characteristic in text, f"{characteristic} is not set"
     sections = output(objdump, "-h", library)
