@@ -15,8 +15,8 @@
 
 namespace curvebank::test {
 
-constexpr int most_parameters = 60;  // of a random call: 20 peaks
-constexpr size_t room = 128;         // in every array of a call, with what models use beyond nParams
+constexpr int most_parameters = 60;                       // of a random call: 20 peaks
+constexpr size_t room = CURVEBANK_ROOM(most_parameters);  // of every array
 
 /// A call's arguments and everything that it can change.
 struct CallState {
