@@ -22,6 +22,6 @@ if(missing)
     return()
 endif()
 
-foreach(room reference fit table report program bench)
+foreach(room fit table report program bench)
     add_subdirectory(${room})
 endforeach()

@@ -2,9 +2,9 @@
 //
 //     compare_builds OLD NEW [--calls N] [--model NAME] [--first I] [--seed S] [--threads T]
 //
-// Every model is called N times, a million unless told otherwise, with random and special arguments, all flags, and
-// counts of its own and others. A call depends on the seed, the model's name and its number alone, so that --first
-// and
+// Every model is called N times, a million unless told otherwise, with random and special arguments and such near
+// its sample, all flags, and counts of its own and others. A call depends on the seed, the model's name and its
+// number alone, so that --first and
 // --calls repeat any of them. Compared are the result, both error variables and every entry within reach with a few
 // beyond it, written or not; any NaN equals any other. Prints a line for each model that differs, its first such
 // call and the totals; the exit code is 1 where anything differs and 2 where nothing could be compared.
@@ -27,6 +27,7 @@
 #include "curvebank/exports.h"
 #include "platform/names.h"
 #include "platform/shared_library.h"
+#include "reference/reference.h"
 #include "tests/support/extents.h"
 #include "tests/support/random_call.h"
 
@@ -86,10 +87,11 @@ public:
         return row;
     }
 
-    /// The same by its export name; such a model has no counts, and these are enough for any.
+    /// The same by its export name, with the counts of the reference.
     ModelCatalogEntry exported(const char *name) const
     {
-        return {1, 1, 12, 0, name, library_.function<ModelFunc>(name)};
+        const auto parameters = static_cast<uint16_t>(reference::find(name)->parameters.size());
+        return {1, 1, parameters, 0, name, library_.function<ModelFunc>(name)};
     }
 
 private:
@@ -118,20 +120,20 @@ std::vector<Pair> models(const Build &before, const Build &after)
 /// guard beyond it is renewed and compared.
 class Comparison {
 public:
-    Comparison(const Pair &models, uint64_t seed) : models_(models), seed_(seed)
+    Comparison(const Pair &models, uint64_t seed)
+        : models_(models), about_(*reference::find(models.before.name)), reach_(models.before), seed_(seed)
     {
         for (const char *c = models.before.name; *c; ++c) seed_ = seed_ * 31 + static_cast<unsigned char>(*c);
-        for (int n = fewest; n <= test::most_parameters; ++n) reach_.push_back(test::extents(models.before, n));
     }
 
     /// Makes that call and says whether both builds ended alike.
     bool alike(uint64_t number)
     {
         draw(number, before_);
-        std::fill_n(before_.p.begin() + end_.p + 1, guard, test::untouched);
-        std::fill_n(before_.x.begin() + end_.x + 1, guard, test::untouched);
-        std::fill_n(before_.y.begin(), end_.y + 1 + guard, test::untouched);
-        std::fill_n(before_.dy.begin(), end_.dy + 1 + guard, test::untouched);
+        std::fill_n(before_.p.begin() + end_.p + 1, test::guard, test::untouched);
+        std::fill_n(before_.x.begin() + end_.x + 1, test::guard, test::untouched);
+        std::fill_n(before_.y.begin(), end_.y + 1 + test::guard, test::untouched);
+        std::fill_n(before_.dy.begin(), end_.dy + 1 + test::guard, test::untouched);
         copy_reach(before_, after_);
         run(models_.before.function, before_);
         run(models_.after.function, after_);
@@ -158,7 +160,7 @@ public:
         };
         const auto entries = [&text](const char *name, const CallState::Array &a, const CallState::Array &b,
                                      int last) {
-            for (size_t i = 0; i <= static_cast<size_t>(last + guard); ++i)
+            for (size_t i = 0; i <= static_cast<size_t>(last + test::guard); ++i)
                 if (!same_number(a[i], b[i]))
                     text << "\n    " << name << '[' << i << "]: " << a[i] << ", now " << b[i];
         };
@@ -175,16 +177,26 @@ public:
     }
 
 private:
-    static constexpr int guard = 4;    // entries beyond the reach
-    static constexpr int fewest = -2;  // of the counts in random calls
-
     /// What goes into the call of that number.
     void draw(uint64_t number, CallState &call)
     {
         test::Random random(seed_ ^ number * 0xd6e8feb86659fd93);
         random.request(models_.before, call);
-        end_ = reach_[static_cast<size_t>(call.nParams - fewest)];
+        end_ = reach_.of(call.nParams);
         random.arguments(call, static_cast<size_t>(end_.p), static_cast<size_t>(end_.x));
+        if (random.below(3) == 0) move_to_sample(random, call);
+    }
+
+    /// Moves most of the arguments to where the model is well behaved.
+    void move_to_sample(test::Random &random, CallState &call) const
+    {
+        const auto sample = about_.sample_parameters;
+        for (size_t i = 0; i < std::min(sample.size(), static_cast<size_t>(end_.p)); ++i)
+            if (random.below(8)) call.p[i + 1] = sample[i] * (0.5 + random.fraction());
+        for (size_t i = 0; i < about_.sample_ranges.size(); ++i) {
+            const auto [low, high] = about_.sample_ranges[i];
+            if (random.below(8)) call.x[i + 1] = low + (high - low) * random.fraction();
+        }
     }
 
     void copy_reach(const CallState &from, CallState &to) const
@@ -193,10 +205,10 @@ private:
         to.nParams = from.nParams;
         to.runtime_code = from.runtime_code;
         to.caller_code = from.caller_code;
-        std::copy_n(from.p.begin(), end_.p + 1 + guard, to.p.begin());
-        std::copy_n(from.x.begin(), end_.x + 1 + guard, to.x.begin());
-        std::copy_n(from.y.begin(), end_.y + 1 + guard, to.y.begin());
-        std::copy_n(from.dy.begin(), end_.dy + 1 + guard, to.dy.begin());
+        std::copy_n(from.p.begin(), end_.p + 1 + test::guard, to.p.begin());
+        std::copy_n(from.x.begin(), end_.x + 1 + test::guard, to.x.begin());
+        std::copy_n(from.y.begin(), end_.y + 1 + test::guard, to.y.begin());
+        std::copy_n(from.dy.begin(), end_.dy + 1 + test::guard, to.dy.begin());
     }
 
     /// The caller's error variable is there even where it may not be used: a build that does shows it.
@@ -215,14 +227,15 @@ private:
 
     static bool equal(const CallState::Array &a, const CallState::Array &b, int last)
     {
-        const auto count = static_cast<size_t>(last + 1 + guard);
+        const auto count = static_cast<size_t>(last + 1 + test::guard);
         return std::memcmp(a.data(), b.data(), count * sizeof a[0]) == 0 ||
                std::equal(a.data(), a.data() + count, b.data(), same_number);
     }
 
     const Pair &models_;
+    const reference::ModelReference &about_;
+    test::Reach reach_;
     uint64_t seed_;
-    std::vector<Extents> reach_;  // by nParams
     Extents end_{};
     CallState before_, after_;
 };

@@ -15,8 +15,9 @@
 
 namespace curvebank::test {
 
-constexpr int most_parameters = 60;                       // of a random call: 20 peaks
-constexpr size_t room = CURVEBANK_ROOM(most_parameters);  // of every array
+constexpr int most_parameters = 60, fewest_parameters = -2;       // of a random call: 20 peaks, and none
+constexpr int guard = 4;                                          // entries to watch beyond what a call may touch
+constexpr size_t room = CURVEBANK_ROOM(most_parameters) + guard;  // of every array
 
 /// A call's arguments and everything that it can change.
 struct CallState {
@@ -80,6 +81,9 @@ public:
     /// A number from 0 to limit-1, which has 32 bits at the most.
     uint64_t below(uint64_t limit) { return ((bits() >> 32) * limit) >> 32; }
 
+    /// A number from 0 to 1, which it does not reach.
+    double fraction() { return static_cast<double>(bits() >> 11) * 0x1p-53; }
+
     /// A number of any kind, or a moderate positive one, with which most models get through.
     double number(bool moderate)
     {
@@ -88,7 +92,7 @@ public:
                                              -1e300, 1e-300, 5e-324, -1e-308, infinity,     -infinity,
                                              NAN,    300.0,  -300.0, 700.0,   MISSING_VALUE};
         static constexpr double sizes[] = {1e-4, 1e-3, 1e-2, 0.1, 1, 10, 100, 1e3, 1e4, 1e5, 1e6, 1e7};
-        const double u = static_cast<double>(bits() >> 11) * 0x1p-53;
+        const double u = fraction();
         if (moderate) return 5 * u;
         if (below(2)) return special[below(std::size(special))];
         return (u - 0.5) * sizes[below(std::size(sizes))];
@@ -105,7 +109,9 @@ public:
         if (below(32) == 0) flags |= bits() << 5;
         state.flags = static_cast<int16_t>(flags);
         state.nParams = static_cast<int16_t>(row.nParams);
-        if (below(3) == 0) state.nParams = static_cast<int16_t>(static_cast<int>(below(most_parameters + 3)) - 2);
+        if (below(3) == 0)
+            state.nParams = static_cast<int16_t>(fewest_parameters +
+                                                 static_cast<int>(below(most_parameters - fewest_parameters + 1)));
         state.runtime_code = codes[below(std::size(codes))];
         state.caller_code = codes[below(std::size(codes))];
     }
