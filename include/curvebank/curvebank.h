@@ -83,7 +83,8 @@ enum { FUNC_TEST_LINE = 1024 };
  * arrives as MISSING_VALUE; a row whose x cannot be read is left out. What does not fit into 20 columns is dropped.
  *
  * The bindings stay until the same command replaces them, and a column that is not found replaces them too. They
- * are one set a process, unguarded: all commands come from one thread. Nothing but "list" works without a callback.
+ * are one set a process, unguarded: all commands come from one thread. The callback may run commands too. Nothing but
+ * "list" works without a callback.
  */
 int32_t FuncTest(void *window, const char *name_text, const char *command_text, const char *column_text,
                  HostCallback callback, uint16_t message);

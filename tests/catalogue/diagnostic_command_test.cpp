@@ -41,6 +41,7 @@ struct Sheet {
     std::vector<std::string> searched, tokens;
     std::multiset<const void *> updated;
     std::set<int32_t> failing;
+    std::string inner;  // the parameters of a straight line to evaluate inside the next request for a cell
 
     explicit Sheet(bool bind = true)
     {
@@ -96,6 +97,7 @@ struct Sheet {
                 return *end != '\0';
             }
             case HOST_GET_CELL:
+                if (!inner.empty()) CHECK(evaluate("Line", std::exchange(inner, "")) == 1);
                 if (!column || cell->row == unreadable) return 1;
                 cell->value = column->at(static_cast<size_t>(cell->row));
                 return 0;
@@ -184,6 +186,15 @@ TEST_SUITE("diagnostic command")
         CHECK(sheet.output(4)[2] == doctest::Approx(1));
         CHECK(sheet.output(5)[2] == doctest::Approx(2.5));
         CHECK(sheet.output(6)[2] == Sheet::empty);
+    }
+
+    TEST_CASE("a command that the callback runs leaves the rows of the command around it alone")
+    {
+        Sheet sheet;
+        sheet.inner = "5 6";
+        REQUIRE(sheet.evaluate("Line", "1 2") == 1);
+        CHECK((sheet.columns["value"] == std::vector<double>{2.5, Sheet::empty, 6}));
+        CHECK((sheet.output(3) == std::vector<double>{2.5, Sheet::empty, 6}));
     }
 
     TEST_CASE("every model fills the columns with what direct calls give")
