@@ -93,9 +93,7 @@ public:
         difference_derivatives(model_, data_.x, p_, scale_, free_, differences);
         numeric_.assign(width(), false);
         for (const size_t i : free_)
-            numeric_[i] = !about.derivatives ||
-                          std::any_of(about.inexact.begin(), about.inexact.end(),
-                                      [i](const auto &entry) { return entry.entry == static_cast<int>(i) + 1; }) ||
+            numeric_[i] = !about.derivatives || about.inexact_at(static_cast<int>(i) + 1) != nullptr ||
                           !agree(i, own, differences);
     }
 

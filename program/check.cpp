@@ -115,10 +115,9 @@ std::vector<InexactEntry> inexact_entries(const fit::KnownModel &known, const fi
         }
         if (written && disagreement <= noise * (size + largest(y, 1, 0) / scale[i])) continue;
         const int entry = static_cast<int>(i) + 1;
-        const auto listed = std::find_if(about.inexact.begin(), about.inexact.end(),
-                                         [entry](const auto &inexact) { return inexact.entry == entry; });
-        found.push_back({entry, parameters[i].name, std::string(listed == about.inexact.end() ? "" : listed->holds),
-                         disagreement / size, written, size > 0});
+        const reference::InexactReference *listed = about.inexact_at(entry);
+        found.push_back({entry, parameters[i].name, std::string(listed ? listed->holds : ""), disagreement / size,
+                         written, size > 0});
     }
     return found;
 }

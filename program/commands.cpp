@@ -245,15 +245,6 @@ void plot_fit(const FitCommand &command, fit::Evaluator &evaluator, const std::v
     }
 }
 
-std::string sample_range(const reference::ModelReference &about)
-{
-    std::vector<std::string> ranges;
-    for (size_t i = 0; i < about.sample_ranges.size(); ++i)
-        ranges.push_back(fmt::format("{} from {} to {}", reference::ModelReference::variables[i],
-                                     about.sample_ranges[i].low, about.sample_ranges[i].high));
-    return fmt::format("{}", fmt::join(ranges, ", "));
-}
-
 /// The independent variables of eval: a grid of the given axes, or columns of a table.
 table::Table points_to_evaluate(const EvalOptions &options, const fit::KnownModel &known)
 {
@@ -349,43 +340,6 @@ void list(const fit::Library &library, const std::string &filter)
     if (placeholders > 0) fmt::print(", {} of them placeholders", placeholders);
     if (by_export > 0) fmt::print("; {} more by its export alone", by_export);
     fmt::print("\n");
-}
-
-void show(const fit::Library &library, const std::string &name)
-{
-    const auto [model, about] = fit::find_model(library, name);
-    const fit::ExportedModel *exported = fit::find_export(about->name);
-    const auto line = [](const char *label, std::string_view text) {
-        if (!text.empty()) fmt::print("{:<14}{}\n", label, text);
-    };
-    fmt::print("{}: {}\n\n", about->name, about->title);
-    const char *value =
-        about->implicit ? "0"
-                        : reference::ModelReference::variables[std::min(about->sample_ranges.size(), size_t{2})];
-    line("Formula", about->placeholder
-                        ? about->text()
-                        : fmt::format("{}{} = {}", value, about->second.empty() ? "" : "1", about->text()));
-    if (!about->second.empty()) line("", fmt::format("{}2 = {}", value, about->second));
-    if (about->tolerance > reference::ModelReference().tolerance)
-        line("", fmt::format("an approximation of what the library computes, to {:g} of it", about->tolerance));
-    line("Domain", about->domain);
-    line("Source", about->source);
-    line("Variables", fmt::format("{} independent, {} dependent", model.nIndep, model.nDep));
-    std::string count = std::to_string(model.nParams);
-    if (!about->repeated.empty())
-        count += fmt::format(" as listed; {} more for every further term", about->repeated.size());
-    else if (std::cmp_greater(about->parameters.size(), model.nParams))
-        count += fmt::format(" by its count, but all {} entries of p and dy are used", about->parameters.size());
-    line("Parameters", count);
-    for (const auto &parameters : {about->parameters, about->repeated})
-        for (const auto &[parameter, meaning] : parameters) fmt::print("    {:<10}{}\n", parameter, meaning);
-    line("Export", exported ? fmt::format("{} (ordinal {})", exported->name, exported->ordinal)
-                            : "only through the catalogue");
-    if (!about->derivatives) line("Derivatives", "none: the model gives its value only");
-    for (const auto &[entry, what] : about->inexact)
-        line("Derivatives", fmt::format("entry {} is {}", entry, what));
-    if (!about->sample_parameters.empty())
-        line("Sample", fmt::format("{} for {}", fmt::join(about->sample_parameters, ", "), sample_range(*about)));
 }
 
 void eval(const fit::Library &library, const EvalOptions &options)

@@ -11,8 +11,13 @@ import sys
 import tomllib
 
 
+# The kinds of parameters, as the tables write them; their enumerators of Kind say "reversed_" for the sign.
+KINDS = ("position", "-position", "abscissa", "width", "period", "scale", "rate", "level", "amplitude", "area", "slope",
+         "coefficient", "exponent", "shape", "fraction", "angle", "base", "logarithm", "given")
+
+
 def number(value):
-    return repr(float(value))
+    return repr(float(value)).replace("inf", "infinity")
 
 
 def boolean(value):
@@ -30,8 +35,37 @@ def array(element_type, items):
     return element_type, ["{" + ", ".join(item) + "}" if isinstance(item, tuple) else item for item in items]
 
 
-def parameters(pairs):
-    return array("ParameterReference", [(text(name), text(meaning)) for name, meaning in pairs])
+def kind(word):
+    if word not in KINDS:
+        raise ValueError(f"unknown kind {word}")
+    return "Kind::" + word.replace("-", "reversed_")
+
+
+def bounds(limits):
+    """Low and high of "> 0" or "0 to 1"."""
+    match = re.fullmatch(r"> (\S+)|(\S+) to (\S+)", limits)
+    try:
+        low, high = (match[1], "inf") if match[1] else match.group(2, 3)
+        low, high = float(low), float(high)
+    except (TypeError, ValueError):
+        raise ValueError(f"malformed range {limits}") from None
+    if not low < high:
+        raise ValueError(f"empty range {limits}")
+    return f"{{{number(low)}, {number(high)}}}"
+
+
+def parameter(name, meaning, unit, kind_word, *limits):
+    try:
+        return (text(name), text(meaning), text(unit), kind(kind_word), *map(bounds, limits))
+    except ValueError as error:
+        raise ValueError(f"{name}: {error}") from None
+
+
+def parameters(entries):
+    for entry in entries:
+        if not 4 <= len(entry) <= 5:
+            raise ValueError(f"{entry} is not name, meaning, unit, kind and perhaps a range")
+    return array("ParameterReference", [parameter(*entry) for entry in entries])
 
 
 def derivatives(value):
@@ -54,6 +88,12 @@ KEYS = {
     "source": text,
     "parameters": parameters,
     "repeated": parameters,
+    "units": lambda units: array("UnitReference", [tuple(map(text, item)) for item in units.items()]),
+    "units_why": text,
+    "shifts": lambda variables: array("std::string_view", map(text, variables)),
+    "fwhm": text,
+    "fwhm_second": text,
+    "fwhm_approximate": boolean,
     "inexact": lambda pairs: array("InexactReference", [(str(int(entry)), text(holds)) for entry, holds in pairs]),
     "contributions": boolean,
     "linear": boolean,
@@ -61,6 +101,7 @@ KEYS = {
     "placeholder": boolean,
     "export_only": boolean,
     "implicit": boolean,
+    "term_limit": lambda count: str(int(count)),
     "tolerance": number,
     "beyond": lambda value: str(int(value)),
     "init": choice("InitCalls", {
@@ -136,10 +177,14 @@ def main():
         own_arrays, initialiser = cpp_entry(file, name, entry)
         arrays += own_arrays
         initialisers.append(initialiser)
+    words = [f"        case {kind(word)}: return {text(word)};" for word in KINDS]
     lines = ["// Made from reference/*/*.toml.", "", '#include "reference/reference.h"', "",
-             "namespace curvebank::reference {", "namespace {", "", *arrays, "",
+             "namespace curvebank::reference {", "namespace {", "",
+             "constexpr double infinity = std::numeric_limits<double>::infinity();", "", *arrays, "",
              "constexpr ModelReference entries[] = {", *initialisers, "};", "", "}  // namespace", "",
-             "const std::span<const ModelReference> models = entries;", "", "}  // namespace curvebank::reference", ""]
+             "const std::span<const ModelReference> models = entries;", "",
+             "std::string_view word(Kind kind)", "{", "    switch (kind) {", *words, "    }", '    return "";', "}", "",
+             "}  // namespace curvebank::reference", ""]
     output.write_text("\n".join(lines))
 
 

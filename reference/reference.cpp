@@ -39,6 +39,15 @@ int ModelReference::terms(int count) const
     return std::max(0, (count - static_cast<int>(parameters.size())) / static_cast<int>(repeated.size()));
 }
 
+const InexactReference *ModelReference::inexact_at(int i) const
+{
+    const auto once = static_cast<int>(parameters.size()), size = static_cast<int>(repeated.size());
+    const int listed = i <= once || size == 0 ? i : once + 1 + (i - once - 1) % size;
+    const auto found =
+        std::find_if(inexact.begin(), inexact.end(), [listed](const auto &entry) { return entry.entry == listed; });
+    return found == inexact.end() ? nullptr : &*found;
+}
+
 std::vector<NamedParameter> ModelReference::names(int count) const
 {
     std::vector<NamedParameter> all;

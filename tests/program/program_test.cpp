@@ -65,6 +65,12 @@ TEST_CASE("list and show")
     CHECK(contains(rational4, "y = c + b / (a + x)"));
     CHECK(contains(rational4, "entry 1 is -b/(a + x)"));
     CHECK(contains(rational4, "Rational4 (ordinal 476)"));
+    const Run gauss = run("show Gauss");
+    CHECK(contains(gauss, "    name  unit  kind      range  meaning\n    y0    y     level            baseline\n"));
+    CHECK(contains(gauss, "    w     x     width     > 0    width, twice the standard deviation\n"));
+    CHECK(contains(gauss, "can move the curve along x and y\nFull width    sqrt(2*ln(2))*w at half"));
+    CHECK(contains(run("show ModDiode"), "x is in volt, the residual has the unit of y: the constants"));
+    CHECK(contains(run("show Voigt5"), "5 as listed; a call computes one term"));
     CHECK(contains(run("show HarrisEVP"), "3 by its count, but all 5 entries of p and dy are used"));
 }
 
