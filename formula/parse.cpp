@@ -350,10 +350,9 @@ const auto signed_power_def =
     ('-' > inner_signed_power)[apply<Operation::negate>] | ('+' > inner_signed_power) | power;
 const auto inner_signed_power_def = nested[signed_power];
 const auto power_def = primary >> -((x3::lit('^') | "**") > inner_signed_power)[apply<Operation::power>];
-const auto primary_def =
-    number | ('(' > inner > bracket) |
-    (name_text[word] >>
-     ((((x3::lit('(')[call_opens] > inner)[argument_ends] >> (*(',' > inner)[argument_ends] > last_bracket))[call_closes] | x3::eps[name_ends]));
+const auto call = (x3::lit('(')[call_opens] > inner)[argument_ends] >>
+                  (*(',' > inner)[argument_ends] > last_bracket)[call_closes];
+const auto primary_def = number | ('(' > inner > bracket) | (name_text[word] >> (call | x3::eps[name_ends]));
 const auto colon_def = x3::lit(':');
 const auto bracket_def = x3::lit(')');
 const auto last_bracket_def = x3::lit(')');
