@@ -51,7 +51,10 @@ public:
     /// the order given.
     std::vector<std::string> linear_in(const std::vector<std::string> &names) const;
 
-    /// It with every one of these names replaced by a formula.
+    /// Whether it is linear in all these names together, without a part that is free of them.
+    bool is_linear_in(const std::vector<std::string> &names) const;
+
+    /// It with these names replaced by formulas, all at once: names in those stay.
     Formula substitute(const std::vector<std::pair<std::string, Formula>> &replacements) const;
 
     std::string text() const;   ///< as parse reads it back to the same tree
