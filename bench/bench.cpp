@@ -70,6 +70,12 @@ int count(const fit::KnownModel &known, int terms = 1)
     return repeated == 0 ? known.model.nParams : once + repeated * terms;
 }
 
+/// The distance from point to point: at least that of the bare loops.
+size_t room(int nParams)
+{
+    return std::max(bench::stride, static_cast<size_t>(CURVEBANK_ROOM(nParams)));
+}
+
 void count_calls(benchmark::State &state)
 {
     state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(points));
@@ -77,8 +83,8 @@ void count_calls(benchmark::State &state)
 
 void time_model(benchmark::State &state, const fit::KnownModel &known, int flags)
 {
-    const size_t wanted = 2 * known.about->sample_parameters.size();
-    Points data(*known.about, std::max(bench::stride, wanted));
+    Points data(*known.about,
+                room(std::max(count(known), static_cast<int>(known.about->sample_parameters.size()))));
     for (auto _ : state) {
         data.call(known.model.function, flags, count(known));
         benchmark::ClobberMemory();
@@ -91,7 +97,7 @@ void time_peaks(benchmark::State &state, const fit::KnownModel &known)
     const int peaks = static_cast<int>(state.range(0));
     const auto &about = *known.about;
     const int nParams = count(known, peaks);
-    Points data(about, about.repeated.size() * most_peaks + bench::stride, peaks);
+    Points data(about, room(count(known, most_peaks)), peaks);
     for (auto _ : state) {
         data.call(known.model.function, EVAL_DERIVS, nParams);
         benchmark::ClobberMemory();

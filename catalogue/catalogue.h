@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <algorithm>
+
 #include "curvebank/curvebank.h"
 
 namespace curvebank {
@@ -17,6 +19,13 @@ struct ModelCatalogEntry {
 constexpr int catalogue_size = 0
 #include "catalogue/rows.inc"
     ;
+#undef ROW
+#undef ROW_OF
+#define ROW(name, nIndep, nDep, nParams) nParams,
+#define ROW_OF(name, nIndep, nDep, nParams, function) nParams,
+constexpr int catalogue_largest_count = std::max({
+#include "catalogue/rows.inc"
+});
 #undef ROW
 #undef ROW_OF
 extern const ModelCatalogEntry catalogue[catalogue_size];

@@ -1,5 +1,6 @@
 #include "catalogue/diagnostic_command.h"
 
+#include <algorithm>
 #include <bit>
 #include <cerrno>
 #include <cstddef>
@@ -76,11 +77,9 @@ private:
     HostCallback callback_;
 };
 
-/// A model with its arrays. Some models read and write a few entries more than their count says. The largest count
-/// is 12 and 20 parameters can be given, so that 64 entries leave a wide margin.
+/// A model with its arrays, which have room for any model and for all parameters that can be given.
 struct Evaluation {
-    static constexpr size_t room = 64;
-    using Array = std::array<double, room>;
+    using Array = std::array<double, CURVEBANK_ROOM(std::max(catalogue_largest_count, max_parameters))>;
 
     ModelFunc model;
     int16_t nParams;
@@ -112,7 +111,7 @@ struct Evaluation {
     }
 };
 
-/// Parameters are read up to the buffer's end and not up to the model's count, because some models read further.
+/// Parameters are read beyond the model's count, because some models read further.
 bool read_parameters(const Host &host, const char *list, Evaluation::Array &p)
 {
     Token token;

@@ -22,6 +22,6 @@ if(missing)
     return()
 endif()
 
-foreach(room reference fit)
+foreach(room table report program bench)
     add_subdirectory(${room})
 endforeach()

@@ -25,13 +25,13 @@ struct Divide {
     static V of(V a, V b) { return a / b; }
 };
 struct Negate {
-    static V of(V a) { return -a; }
+    static V of(V a) { return negative(a); }
 };
 struct MultiplyAdd {
     static V of(V a, V b, V c) { return multiply_add(a, b, c); }
 };
 struct MultiplySubtract {
-    static V of(V a, V b, V c) { return multiply_add(a, b, -c); }
+    static V of(V a, V b, V c) { return multiply_add(a, b, negative(c)); }
 };
 struct SubtractProduct {
     static V of(V a, V b, V c) { return subtract_product(a, b, c); }
@@ -60,19 +60,19 @@ struct Equal {
     static V of(V a, V b) { return truth(a == b); }
 };
 struct NotEqual {
-    static V of(V a, V b) { return truth(a != b); }
+    static V of(V a, V b) { return truth(differ(a, b)); }
 };
 struct And {
-    static V of(V a, V b) { return truth(a != 0.0 && b != 0.0); }
+    static V of(V a, V b) { return truth(differ(a, 0.0) && differ(b, 0.0)); }
 };
 struct Or {
-    static V of(V a, V b) { return truth(a != 0.0 || b != 0.0); }
+    static V of(V a, V b) { return truth(differ(a, 0.0) || differ(b, 0.0)); }
 };
 struct Not {
     static V of(V a) { return truth(a == 0.0); }
 };
 struct Select {
-    static V of(V a, V b, V c) { return xsimd::select(a != 0.0, b, c); }
+    static V of(V a, V b, V c) { return xsimd::select(a == 0.0, c, b); }
 };
 
 struct Exp {
@@ -85,7 +85,7 @@ struct Ln {
     static V of(V x) { return ln_of(x); }
 };
 struct Log1p {
-    static V of(V x) { return xsimd::log1p(x); }
+    static V of(V x) { return log1p_of(x); }
 };
 struct Log10 {
     static V of(V x) { return log10_of(x); }
@@ -139,13 +139,13 @@ struct Sign {
     static V of(V x) { return xsimd::select(x > 0.0, V(1.0), xsimd::select(x < 0.0, V(-1.0), x + x)); }
 };
 struct Floor {
-    static V of(V x) { return xsimd::floor(x); }
+    static V of(V x) { return floor_of(x); }
 };
 struct Min {
-    static V of(V a, V b) { return xsimd::select(a < b || a != a, a, b); }
+    static V of(V a, V b) { return xsimd::select(b < a, b, a); }
 };
 struct Max {
-    static V of(V a, V b) { return xsimd::select(a > b || a != a, a, b); }
+    static V of(V a, V b) { return xsimd::select(a < b, b, a); }
 };
 struct Erf {
     static V of(V x) { return erf_of(x); }

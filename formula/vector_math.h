@@ -63,6 +63,22 @@ V absolute(V x)
     return xsimd::abs(x);
 }
 
+V negative(V x)
+{
+    return x ^ V(-0.0);
+}
+
+/// xsimd's != is false for what is no number.
+Mask differ(V a, V b)
+{
+    return !(a == b);
+}
+
+Mask is_nan(V x)
+{
+    return differ(x, x);
+}
+
 /// x with the sign of s.
 V with_sign(V x, V s)
 {
@@ -100,7 +116,7 @@ V upper_half(V x)
 Pair product(V a, V b)
 {
     const V high = a * b;
-    if constexpr (fused) return {high, V(0.0) - subtract_product(a, b, high)};
+    if constexpr (fused) return {high, negative(subtract_product(a, b, high))};
     const V a1 = upper_half(a), a2 = a - a1, b1 = upper_half(b), b2 = b - b1;
     return {high, ((a1 * b1 - high) + a1 * b2 + a2 * b1) + a2 * b2};
 }
@@ -164,8 +180,14 @@ V exp_of(V x)
 V expm1_of(V x)
 {
     const Mask large = x > 40.0;
-    if (!xsimd::any(large)) return xsimd::expm1(x);
-    return xsimd::select(large, exp_of(x), xsimd::expm1(xsimd::select(large, V(1.0), x)));
+    V value = xsimd::expm1(xsimd::select(large, V(1.0), x));
+    if (xsimd::any(large)) value = xsimd::select(large, exp_of(x), value);
+    return xsimd::select(x == 0.0, x, value);  // keeps the sign of a zero
+}
+
+V log1p_of(V x)
+{
+    return xsimd::select(x == 0.0, x, xsimd::log1p(x));
 }
 
 /// f(x) for a logarithm f, with subnormal numbers, whose exponent its own reduction misses: log_of_scale is
@@ -249,10 +271,9 @@ V power_of_anything(V x, V y)
     z = xsimd::select(size == 0.0, xsimd::select(negative_y, V(infinity), V(0.0)), z);
     z = xsimd::select(size == infinity, xsimd::select(negative_y, V(0.0), V(infinity)), z);
     const Mask whole = is_integer(y_size), odd = whole && !is_integer(y_size * 0.5);
-    const Mask minus = xsimd::bitwise_cast<V>(xsimd::bitwise_cast<Bits>(x) >> 63 | Bits(0x3ff0000000000000)) != 1.0;
-    z = xsimd::select(odd && minus, -z, z);
+    z = xsimd::select(odd, with_sign(z, x), z);
     z = xsimd::select(x < 0.0 && x > -infinity && !whole, V(nan), z);
-    z = xsimd::select(x != x || y != y, x + y, z);
+    z = xsimd::select(is_nan(x) || is_nan(y), x + y, z);
     return xsimd::select(y == 0.0 || x == 1.0, V(1.0), z);
 }
 
@@ -318,7 +339,7 @@ V cosine_polynomial(V x, V low)
 
 Mask bit_set(Bits number, uint64_t bit)
 {
-    return xsimd::bitwise_cast<V>((number & Bits(bit)) | Bits(0x3ff0000000000000)) != 1.0;
+    return xsimd::bitwise_cast<V>((number & Bits(bit)) | Bits(0x3ff0000000000000)) > 1.0;
 }
 
 /// f where the reduction serves, the C library's function elsewhere.
@@ -339,7 +360,7 @@ V sin_of(V x)
     const auto f = [](Angle a) {
         const V size =
             xsimd::select(bit_set(a.quadrant, 1), cosine_polynomial(a.high, a.low), sine_polynomial(a.high, a.low));
-        return xsimd::select(bit_set(a.quadrant, 2), -size, size);
+        return xsimd::select(bit_set(a.quadrant, 2), negative(size), size);
     };
     // The sign of a zero is lost on the way.
     return xsimd::select(x == 0.0, x, of_angle(x, f, ::sin));
@@ -350,7 +371,7 @@ V cos_of(V x)
     const auto f = [](Angle a) {
         const V size =
             xsimd::select(bit_set(a.quadrant, 1), sine_polynomial(a.high, a.low), cosine_polynomial(a.high, a.low));
-        return xsimd::select(bit_set(a.quadrant + Bits(1), 2), -size, size);
+        return xsimd::select(bit_set(a.quadrant + Bits(1), 2), negative(size), size);
     };
     return of_angle(x, f, ::cos);
 }
@@ -360,9 +381,17 @@ V tan_of(V x)
     const auto f = [](Angle a) {
         const V sine = sine_polynomial(a.high, a.low), cosine = cosine_polynomial(a.high, a.low);
         const Mask odd = bit_set(a.quadrant, 1);
-        return xsimd::select(odd, -cosine, sine) / xsimd::select(odd, sine, cosine);
+        return xsimd::select(odd, negative(cosine), sine) / xsimd::select(odd, sine, cosine);
     };
     return xsimd::select(x == 0.0, x, of_angle(x, f, ::tan));
+}
+
+/// Downwards to an integer: the nearest one by a shift through 2^52, from where on all numbers are integers.
+V floor_of(V x)
+{
+    const V size = absolute(x), nearest = with_sign((size + 0x1p52) - 0x1p52, x);
+    const V below = xsimd::select(nearest > x, nearest - 1.0, nearest);
+    return xsimd::select(size < 0x1p52, below, x);
 }
 
 V acosh_of(V x)
@@ -375,14 +404,15 @@ V acosh_of(V x)
 
 constexpr double erf_switch = 0.46875;
 
+/// x + x·(P - Q)/Q, which rounds less than x·P/Q.
 V erf_near_zero(V x)
 {
-    constexpr double p[] = {3.20937758913846947e03, 3.77485237685302021e02, 1.13864154151050156e02,
-                            3.16112374387056560e00, 1.85777706184603153e-1};
+    constexpr double p_less_q[] = {365.14075569929885, -905.131288392070259, -130.160483783394017,
+                                   -20.44016720847355530, -0.814222293815396847};
     constexpr double q[] = {2.84423683343917062e03, 1.28261652607737228e03, 2.44024637934444173e02,
                             2.36012909523441209e01, 1.0};
     const V z = x * x;
-    return x * (polynomial(z, p) / polynomial(z, q));
+    return multiply_add(x, polynomial(z, p_less_q) / polynomial(z, q), x);
 }
 
 /// erfc x·e^(x^2) for x >= erf_switch.
@@ -414,7 +444,7 @@ V erfc_of_large(V x)
 {
     x = xsimd::select(x > 28.0, V(28.0), x);  // 0 from there on
     const Pair square = product(x, x);
-    return exp_of_sum(-square.high, -square.low) * scaled_erfc(x);
+    return exp_of_sum(negative(square.high), negative(square.low)) * scaled_erfc(x);
 }
 
 V erf_of(V x)
@@ -424,7 +454,7 @@ V erf_of(V x)
     V near_value = x, far_value = x;
     if (xsimd::any(small)) near_value = erf_near_zero(x);
     if (!xsimd::all(small)) far_value = with_sign(V(1.0) - erfc_of_large(size), x);
-    return xsimd::select(small, near_value, xsimd::select(x != x, x, far_value));
+    return xsimd::select(small, near_value, xsimd::select(is_nan(x), x, far_value));
 }
 
 V erfc_of(V x)
@@ -437,7 +467,7 @@ V erfc_of(V x)
         far_value = erfc_of_large(size);
         far_value = xsimd::select(x < 0.0, V(2.0) - far_value, far_value);
     }
-    return xsimd::select(small, near_value, xsimd::select(x != x, x, far_value));
+    return xsimd::select(small, near_value, xsimd::select(is_nan(x), x, far_value));
 }
 
 }  // namespace

@@ -99,16 +99,20 @@ fit::FitOptions read_options(const FitCommand &command, const reference::ModelRe
     // A linear model finds its parameters from anywhere; others begin at their sample.
     const bool sample_starts = !about.linear && about.sample_parameters.size() >= parameters.size();
     if (sample_starts) std::copy_n(about.sample_parameters.begin(), parameters.size(), options.start.begin());
-    const std::vector<bool> set = assign(command.start, "--start", parameters, options.start);
-    if (!about.linear && !sample_starts && std::find(set.begin(), set.end(), false) != set.end())
-        throw Error(fmt::format("--start must give all {} parameters of this fit", parameters.size()));
+    std::vector<bool> set = assign(command.start, "--start", parameters, options.start);
     if (!command.fix.empty())
         for (const std::string &part : split(command.fix, ',')) {
             const size_t equals = part.find('=');
             const size_t i = find_parameter(parameters, part.substr(0, equals), "--fix");
-            if (equals != std::string::npos) options.start[i] = parse_number(part.substr(equals + 1), "--fix");
+            if (equals != std::string::npos) {
+                options.start[i] = parse_number(part.substr(equals + 1), "--fix");
+                set[i] = true;
+            }
             options.fixed[i] = true;
         }
+    if (!about.linear && !sample_starts && std::find(set.begin(), set.end(), false) != set.end())
+        throw Error(
+            fmt::format("--start and --fix must give a value to all {} parameters of this fit", parameters.size()));
     assign(command.lower, "--lower", parameters, options.lower);
     assign(command.upper, "--upper", parameters, options.upper);
     return options;

@@ -21,9 +21,9 @@ double output(double value)
 Evaluator::Evaluator(const Model &model, int nParams, int parameters)
     : model_(model), nParams_(nParams), parameters_(parameters)
 {
-    const size_t room = 2 * static_cast<size_t>(std::max(nParams, parameters)) + 16;
+    const auto room = static_cast<size_t>(CURVEBANK_ROOM(std::max({nParams, parameters, model.nParams})));
     p_.resize(room);
-    x_.resize(static_cast<size_t>(model.nIndep) + 4);
+    x_.resize(CURVEBANK_ROOM_X);
     y_.resize(room);
     dy_.resize(room);
 }

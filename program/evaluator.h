@@ -12,8 +12,7 @@ namespace curvebank::fit {
 /// The independent variables of a set of points: one column of equal length each.
 using Variables = std::vector<std::vector<double>>;
 
-/// Calls one model with a given number of parameters. Its arrays are allocated once and are longer than the
-/// contract asks for, because some models read and write more than their count says.
+/// Calls one model with a given number of parameters. Its arrays are allocated once.
 class Evaluator {
 public:
     /// nParams is the count passed in every call, parameters the number of parameters the model reads.

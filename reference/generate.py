@@ -74,6 +74,10 @@ def derivatives(value):
     return "false"
 
 
+def choice(enumeration, words):
+    return lambda value: f"{enumeration}::{words[value]}"
+
+
 # What becomes of each key, in the order of the members of ModelReference: a value, or the elements of an array.
 KEYS = {
     "title": text,
@@ -99,6 +103,13 @@ KEYS = {
     "implicit": boolean,
     "term_limit": lambda count: str(int(count)),
     "tolerance": number,
+    "beyond": lambda value: str(int(value)),
+    "init": choice("InitCalls", {
+        "answers 0": "answers_0", "evaluates": "evaluates", "tests for errors": "tests_for_errors"}),
+    "query": choice("Queries", {"status": "status", "mask": "mask"}),
+    "both": choice("BothSteps", {
+        "value alone": "value_alone", "one step": "one_step", "may end with the value": "may_end_with_value",
+        "tests another width": "tests_another_width"}),
     "sample_parameters": lambda values: array("double", map(number, values)),
     "sample_ranges": lambda ranges: array("RangeReference", [tuple(map(number, pair)) for pair in ranges]),
 }

@@ -60,6 +60,31 @@ struct InexactReference {
     std::string_view holds;
 };
 
+/// What a model does when it is called for initialisation: mostly it answers 1 and does nothing else.
+enum class InitCalls {
+    answers_1,
+    answers_0,
+    evaluates,        ///< it knows no such calls
+    tests_for_errors  ///< it answers 1 too, but an error that it finds costs the value
+};
+
+/// What a model answers to a query: mostly it knows none.
+enum class Queries {
+    none,
+    status,  ///< QUERY_REPLY
+    mask     ///< QUERY_MASK
+};
+
+/// What a call for value and derivatives does.
+enum class BothSteps {
+    one_after_the_other,  ///< what a call for the value and, if that succeeds, one for the derivatives do
+    value_alone,          ///< what a call for the value does
+    one_step,             ///< what a call for the derivatives does
+    may_end_with_value,   ///< as a rule the first of these, but the second where the value takes no exponential or
+                          ///< power
+    tests_another_width   ///< the first, but the derivatives need another width than in a call for them alone
+};
+
 /// A parameter of a call: those of repeated terms have numbers in their names when there are several terms.
 struct NamedParameter {
     std::string name;
@@ -84,6 +109,10 @@ struct ModelReference {
     bool implicit = false;  ///< the value is the residual of an equation, 0 on the curve
     int term_limit = 1000;  ///< of repeated terms; most_terms() holds for all models
     double tolerance = 1e-12;
+    int beyond = 0;  ///< entries of p and dy after the last parameter that a call touches
+    InitCalls init = InitCalls::answers_1;
+    Queries query = Queries::none;
+    BothSteps both = BothSteps::one_after_the_other;
     std::span<const double> sample_parameters{};
     std::span<const RangeReference> sample_ranges{};  ///< of x, y and z, as many as the model has variables
 

@@ -175,6 +175,17 @@ TEST_CASE("two peaks, fixed parameters and bounds")
     CHECK(!result.parameters[0].at_bound);
     peaks.options.start[3] = 3;
     CHECK_THROWS_AS(peaks.run(), Error);
+
+    // Nothing is left to estimate where a bound holds the only free parameter.
+    Setup line("Line", {0, 0});
+    line.add_curve({1, 2}, 0, 5, 6, 1e-3);
+    line.options.fixed = {true, false};
+    line.options.upper = {infinity, 0.1};
+    result = line.run();
+    CHECK((result.converged && !result.dependent && result.parameters[1].at_bound));
+    CHECK(result.parameters[1].value == 0.1);
+    CHECK(result.degrees_of_freedom == 6);
+    CHECK(std::isnan(result.parameters[1].standard_error));
 }
 
 TEST_CASE("derivatives that are missing or not exact are replaced by numeric ones")

@@ -144,6 +144,15 @@ TEST_CASE("fit writes report, table and plot, and leaves out what it cannot use"
     CHECK(std::filesystem::file_size(plot) > 1000);
 }
 
+TEST_CASE("a value given with --fix is a start")
+{
+    const std::string peaks = "fit Gauss '" EXAMPLES "/gauss1_peaks.csv' --nparams 7 ";
+    const Run fit = run(peaks + "--start xc1=110,w1=30,A1=4000,xc2=170,w2=30,A2=4000 --fix y0=0");
+    CHECK((fit.exit_code == 0 && contains(fit, "fixed") && contains(fit, "Converged")));
+    const Run incomplete = run(peaks + "--start xc1=110,w1=30,A1=4000,xc2=170,w2=30 --fix y0=0,A2");
+    CHECK((incomplete.exit_code == 1 && contains(incomplete, "--start and --fix must give a value to all 7")));
+}
+
 TEST_CASE("every error is one line and a non-zero exit")
 {
     const std::string pontius = "'" EXAMPLES "/pontius.csv'";
