@@ -171,13 +171,14 @@ TEST_CASE("numbers of any size are ordinary numbers")
     CHECK(huge.residual_sd == about(1e198, 0.3));
     CHECK(std::isfinite(huge.aic));
 
-    // Only the start is huge: the constant comes back, for the curve is linear in it.
+    // Only the start is huge: no success but with the constant that the data have.
     decay.follow({1, 4, 2}, 0.01);
-    decay.start({1e200, 4, 1.5});
-    const Result back = decay.run();
-    CAPTURE(word(back.verdict));
-    CHECK((!is_success(back.verdict) || std::fabs(at(back, "y0").value - 1) < 0.1));
-    for (const Estimate &estimate : back.parameters) CHECK(!std::isinf(estimate.standard_error));
+    for (const double start : {1e20, 1e120, 1e200}) {
+        decay.start({start, 4, 1.5});
+        const Result back = decay.run();
+        CHECK((!is_success(back.verdict) || std::fabs(at(back, "y0").value - 1) < 0.02));
+        for (const Estimate &estimate : back.parameters) CHECK(!std::isinf(estimate.standard_error));
+    }
 
     Experiment line = of_catalogue("Line");
     line.y.resize(1);
