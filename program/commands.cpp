@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
@@ -13,6 +12,7 @@
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <boost/algorithm/string/predicate.hpp>
 
 #include "fit/fit.h"
 #include "fit/known_model.h"
@@ -326,15 +326,11 @@ std::string markdown(const std::string &text)
 
 void list(const fit::Library &library, const std::string &filter)
 {
-    const auto contains = [&filter](std::string_view text) {
-        return std::search(text.begin(), text.end(), filter.begin(), filter.end(),
-                           [](char a, char b) { return std::tolower(a) == std::tolower(b); }) != text.end();
-    };
     fmt::print("{:<16}  {:>4} {:>4} {:>6}  {:<19} {:>7}  {}\n", "Model", "x", "y", "params", "Export", "Ordinal",
                "Title");
     int catalogued = 0, by_export = 0, placeholders = 0;
     for (const reference::ModelReference &about : reference::models) {
-        if (!contains(about.name) && !contains(about.title)) continue;
+        if (!boost::icontains(about.name, filter) && !boost::icontains(about.title, filter)) continue;
         ++(about.export_only ? by_export : catalogued);
         placeholders += about.placeholder;
         const fit::Model model = fit::find_model(library, about.name).model;
