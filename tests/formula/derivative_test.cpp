@@ -119,6 +119,25 @@ TEST_CASE("the derivative of gammap in its first argument has full accuracy")
     CHECK(evaluate<double>(shape, {{"a", 2}, {"z", 0}}) == 0);
 }
 
+TEST_CASE("functions answer at the ends of the number line")
+{
+    // On both sides of where the expansion changes: d ln(I0) = (I1/I0) dx = (1 - 1/(2 x) - ...) dx.
+    const auto digits = [](const char *text) {
+        return static_cast<double>(evaluate<Digits50>(Formula::parse(text), {}));
+    };
+    CHECK(digits("ln(besseli0(1000.5)/besseli0(999.5)) - besseli1(1000)/besseli0(1000)") ==
+          doctest::Approx(0).epsilon(1e-9));
+    CHECK(digits("besseli1(-1000.5)/besseli1(1000.5)") == -1);
+    CHECK(digits("gammap(1e6, 1e6)") == doctest::Approx(evaluate<double>(Formula::parse("gammap(1e6, 1e6)"), {})));
+    for (const char *text : {"besseli1(0/0)", "trigamma(0/0)", "gammap(0/0, 1)", "gammap(1, 0/0)", "gamma(-1)"}) {
+        CAPTURE(text);
+        CHECK(std::isnan(evaluate<double>(Formula::parse(text), {})));
+        CHECK(isnan(evaluate<Digits50>(Formula::parse(text), {})));
+    }
+    CHECK(isinf(evaluate<Digits50>(Formula::parse("besseli0(1/0)"), {})));
+    CHECK(isnan(evaluate<Digits50>(Formula::parse("gammap(1e300, 1e300)"), {})));
+}
+
 TEST_CASE("second derivatives are derivatives, as far as there are functions for them")
 {
     const auto second = [](const char *text, const char *name) {
