@@ -119,7 +119,11 @@ TEST_CASE("nesting has a limit, length has none")
     }
     for (const char *sign : {"+", "-", "*", "/"}) {
         std::string text = "x";
-        for (int i = 1; i < 100'000; ++i) text += sign + ("a" + std::to_string(i % 1000));
+        for (int i = 1; i < 100'000; ++i) {
+            text += sign;
+            text += 'a';
+            text += std::to_string(i % 1000);
+        }
         const Formula chain = Formula::parse(text);
         CHECK(chain.names().size() == 1001);
         CHECK(Formula::parse(chain.text()).graph().nodes() == chain.graph().nodes());
