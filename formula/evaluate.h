@@ -98,6 +98,7 @@ T apply(Operation operation, const T &a, const T &b)
         case Operation::sqrt:
             return sqrt(a);
         case Operation::cbrt:
+            if constexpr (std::is_same_v<T, double>) return std::cbrt(a);
             return boost::math::cbrt(a, Quiet());
         case Operation::sin:
             return sin(a);
@@ -136,8 +137,10 @@ T apply(Operation operation, const T &a, const T &b)
         case Operation::max:
             return a < b ? b : a;
         case Operation::erf:
+            if constexpr (std::is_same_v<T, double>) return std::erf(a);
             return boost::math::erf(a, Quiet());
         case Operation::erfc:
+            if constexpr (std::is_same_v<T, double>) return std::erfc(a);
             return boost::math::erfc(a, Quiet());
         case Operation::gamma:
             return boost::math::tgamma(a, Quiet());

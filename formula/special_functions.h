@@ -14,11 +14,11 @@
 #include <boost/math/special_functions/gamma.hpp>
 #include <boost/math/special_functions/trigamma.hpp>
 
-#include "platform/special_functions.h"
+#include "numerics/quiet_policy.h"
 
 namespace curvebank::formula {
 
-using platform::Quiet;
+using numerics::Quiet;
 
 /// The partial derivative of the regularised lower incomplete gamma function P(a, z) in a. It has no closed form;
 /// this sums derivatives of the two expansions of P term by term, each on the side where its terms have one sign:

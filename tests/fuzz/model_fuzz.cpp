@@ -69,9 +69,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size)
     before.y.fill(test::untouched);
     before.dy.fill(test::untouched);
 
-    const test::Extents end = test::extents(row, before.nParams);
+    const test::Extents end = test::Reach(row).of(before.nParams);
     const CallState after = in_exact_arrays(row.function, before, end);
-    const std::string fault = test::fault(row, before, after);
+    const std::string fault = test::fault(row, *reference::find(row.name), before, after);
     if (!fault.empty() || !same(after, in_exact_arrays(row.function, before, end))) {
         std::fprintf(stderr, "%s, flags %d, nParams %d: %s\n", row.name, before.flags, before.nParams,
                      fault.empty() ? "another result the second time" : fault.c_str());
