@@ -35,14 +35,14 @@ Digits50 difference(Function &&value)
 TEST_CASE("derivatives agree with 50-digit differences, and double precision with both")
 {
     std::mt19937 random(1);
-    for (const std::string &text : curvebank::test::formulas()) {
+    for (const std::string &text : curvebank::test::formulas_and_models()) {
         CAPTURE(text);
         const Formula formula = Formula::parse(text);
         const std::vector<std::string> names = formula.names();
         const std::vector<Formula> all = formula.with_derivatives(names);
         Evaluator<Digits50> value({formula}, names), exact(all, names);
         Evaluator<double> rounded(all, names);
-        for (int repeat = 0; repeat < 8; ++repeat) {
+        for (int repeat = 0; repeat < 4; ++repeat) {
             std::vector<double> point;
             for (size_t i = 0; i < names.size(); ++i)
                 point.push_back(0.3 + static_cast<double>(random() % 2048) / 1024);
@@ -60,7 +60,8 @@ TEST_CASE("derivatives agree with 50-digit differences, and double precision wit
                 if (isnan(differences)) continue;  // a power of a negative number
                 const Digits50 size = abs(differences) + abs(expected[0]) + Digits50(1e-30);
                 CHECK(abs(expected[i + 1] - differences) <= 1e-25 * size);
-                CHECK(static_cast<double>(abs(found[i + 1] - expected[i + 1]) / size) <= 1e-12);
+                if (size < 1e150)  // what a double can be asked for
+                    CHECK(static_cast<double>(abs(found[i + 1] - expected[i + 1]) / size) <= 1e-12);
             }
         }
     }
