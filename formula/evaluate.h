@@ -143,13 +143,13 @@ T apply(Operation operation, const T &a, const T &b)
             if constexpr (std::is_same_v<T, double>) return std::erfc(a);
             return boost::math::erfc(a, Quiet());
         case Operation::gamma:
-            return boost::math::tgamma(a, Quiet());
+            return formula::gamma(a);
         case Operation::lgamma:
-            return boost::math::lgamma(a, Quiet());
+            return formula::lgamma(a);
         case Operation::digamma:
             return boost::math::digamma(a, Quiet());
         case Operation::trigamma:
-            return boost::math::trigamma(a, Quiet());
+            return formula::trigamma(a);
         case Operation::gammap:
             return formula::gammap(a, b);
         case Operation::gammap_shape:

@@ -84,6 +84,47 @@ T gammap_shape(const T &a, const T &z)
         return gammap_shape_of<T>(a, z);
 }
 
+// Far below 0 the library's gamma functions ask for the parity of a number that fits no int. There is their
+// reflection at 1/2, in which sin(pi x) takes the fraction of x alone.
+
+template <typename T>
+bool is_far_below_zero(const T &x)
+{
+    return std::is_floating_point_v<T> && x < -1e9;
+}
+
+/// pi/abs(sin(pi x)); NaN at the poles.
+template <typename T>
+T reflection(const T &x)
+{
+    using std::floor, std::sin;
+    const T pi = boost::math::constants::pi<T>(), fraction = x - floor(x);
+    return fraction == 0 ? std::numeric_limits<T>::quiet_NaN() : T(pi / sin(pi * fraction));
+}
+
+template <typename T>
+T gamma(const T &x)
+{
+    if (is_far_below_zero(x)) return reflection(x) * 0;
+    return boost::math::tgamma(x, Quiet());
+}
+
+/// The logarithm of abs(gamma(x)).
+template <typename T>
+T lgamma(const T &x)
+{
+    using std::log;
+    if (is_far_below_zero(x)) return log(reflection(x)) - boost::math::lgamma(T(1 - x), Quiet());
+    return boost::math::lgamma(x, Quiet());
+}
+
+template <typename T>
+T trigamma(const T &x)
+{
+    if (is_far_below_zero(x)) return reflection(x) * reflection(x) - boost::math::trigamma(T(1 - x), Quiet());
+    return boost::math::trigamma(x, Quiet());
+}
+
 /// P(a, z). With many digits the expansions need some sqrt(a) steps near z = a; NaN where those would take seconds.
 template <typename T>
 T gammap(const T &a, const T &z)
