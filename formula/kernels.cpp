@@ -248,6 +248,20 @@ PASS power_by_uniform(double *out, const double *a, const double *b, const doubl
     }
 }
 
+/// Powers of a number that is the same for all points: one logarithm.
+PASS power_of_uniform(double *out, const double *a, const double *b, const double *, size_t count)
+{
+    const V x(a[0]);
+    const bool plain = a[0] >= least_normal && a[0] < infinity;
+    const Pair log = extended_log(plain ? x : V(1.0), V(0.0));
+    for (size_t i = 0; i < count; i += V::size) {
+        const V y = V::load_unaligned(b + i);
+        const V power =
+            plain && xsimd::all(absolute(y) < 0x1p70) ? exp_of_multiple(log, y) : power_of_anything(x, y);
+        power.store_unaligned(out + i);
+    }
+}
+
 template <class F>
 constexpr void add_unary(Kernels &kernels, size_t code)
 {
@@ -284,6 +298,7 @@ constexpr Kernels all_kernels()
     add_binary<Divide>(k, code(divide));
     if (fused) k.of[code(divide)][2] = divide_by_uniform;
     add_binary<Power>(k, code(power));
+    k.of[code(power)][1] = power_of_uniform;
     k.of[code(power)][2] = power_by_uniform;
     add_unary<Negate>(k, code(negate));
     add_binary<Less>(k, code(less));

@@ -6,6 +6,7 @@
 #include <limits>
 #include <type_traits>
 
+#include <boost/math/special_functions/acosh.hpp>
 #include <boost/math/special_functions/bessel.hpp>
 #include <boost/math/special_functions/cbrt.hpp>
 #include <boost/math/special_functions/digamma.hpp>
