@@ -9,9 +9,9 @@
 // least of all rounds, in a line for each.
 
 #include <dlfcn.h>
+#include <time.h>
 
 #include <cerrno>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -44,6 +44,14 @@ std::vector<std::string> split(const std::string &text, char separator)
     return parts;
 }
 
+/// Of the processor for this thread: what others compute meanwhile does not count.
+double thread_nanoseconds()
+{
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) * 1e9 + static_cast<double>(now.tv_nsec);
+}
+
 struct Task {
     std::string name, text;
     bool peers = false;
@@ -55,11 +63,11 @@ struct Task {
 
     void time(const std::string &what, const std::function<void()> &pass)
     {
-        const auto start = std::chrono::steady_clock::now();
+        const double start = thread_nanoseconds();
         pass();
-        const std::chrono::duration<double, std::nano> taken = std::chrono::steady_clock::now() - start;
+        const double taken = thread_nanoseconds() - start;
         const auto [place, added] = nanoseconds.try_emplace(what, std::numeric_limits<double>::infinity());
-        place->second = std::min(place->second, taken.count() / points);
+        place->second = std::min(place->second, taken / points);
     }
 };
 
@@ -94,15 +102,18 @@ ModelFunc find_model(const std::string &name)
     return reinterpret_cast<ModelFunc>(dlsym(RTLD_DEFAULT, name.c_str()));
 }
 
-// Each of the following computes all points into columns, and gives them for comparison.
+// Each of the following computes all points. Values are stored for all of them; with the derivatives, the results
+// of a block take the place of those of the block before, as in a fit, which reduces them at once, or are stored
+// too.
 
 class Programs {
 public:
-    Programs(const Task &task, Instructions set, bool derivatives)
+    Programs(const Task &task, Instructions set, bool derivatives, bool stored)
         : task_(task),
           program_(formulas(task, derivatives), task.variables, task.parameters, set),
           workspace_(program_.workspace()),
-          out_(program_.outputs(), std::vector<double>(points))
+          stored_(stored),
+          out_(program_.outputs(), std::vector<double>(stored ? points : Program::block))
     {
     }
 
@@ -113,12 +124,12 @@ public:
         std::vector<double *> out(out_.size());
         for (size_t at = 0; at < points; at += Program::block) {
             for (size_t i = 0; i < in.size(); ++i) in[i] = &task_.x[i][at];
-            for (size_t j = 0; j < out.size(); ++j) out[j] = &out_[j][at];
+            for (size_t j = 0; j < out.size(); ++j) out[j] = &out_[j][stored_ ? at : 0];
             program_.run(workspace_, in.data(), out.data(), std::min(Program::block, points - at));
         }
     }
 
-    const Columns &results() const { return out_; }
+    const std::vector<double> &values() const { return out_[0]; }
 
 private:
     static std::vector<Formula> formulas(const Task &task, bool derivatives)
@@ -130,6 +141,7 @@ private:
     const Task &task_;
     Program program_;
     Program::Workspace workspace_;
+    bool stored_;
     Columns out_;
 };
 
@@ -176,12 +188,13 @@ private:
 /// stored side by side.
 class Contract {
 public:
-    explicit Contract(const Task &task)
+    Contract(const Task &task, bool stored)
         : task_(task),
           model_(find_model(task.name)),
           count_(static_cast<size_t>(task.model_parameters)),
+          stored_(stored),
           p_(2 * count_ + 3),
-          results_(points * (count_ + 1))
+          results_((stored ? points : Program::block) * (count_ + 1))
     {
         if (!model_) throw std::runtime_error(task.name + " is no model");
         std::copy(task.values.begin(), task.values.end(), p_.begin() + 1);
@@ -192,6 +205,7 @@ public:
         std::vector<double> x(8), y(2 * count_ + 3), dy(2 * count_ + 3);
         double *out = results_.data();
         for (size_t i = 0; i < points; ++i) {
+            if (!stored_ && i % Program::block == 0) out = results_.data();
             for (size_t v = 0; v < task_.x.size(); ++v) x[v + 1] = task_.x[v][i];
             errno = 0;
             model_(EVAL_DERIVS, nullptr, static_cast<int16_t>(count_), nullptr, 0, p_.data(), nullptr, x.data(),
@@ -205,6 +219,7 @@ private:
     const Task &task_;
     ModelFunc model_;
     size_t count_;
+    bool stored_;
     std::vector<double> p_, results_;
 };
 
@@ -227,29 +242,32 @@ const std::pair<const char *, Instructions> instruction_sets[] = {
 void run_round(Task &task)
 {
     std::vector<double> value;
+    const auto warm_and_time = [&](const std::string &what, auto &system) {
+        system();
+        task.time(what, std::ref(system));
+    };
     for (const auto &[name, set] : instruction_sets) {
         if (set > best_instructions()) continue;
-        Programs alone(task, set, false), all(task, set, true);
-        alone();
-        all();
-        task.time(name + std::string(" value"), std::ref(alone));
-        task.time(name + std::string(" derivatives"), std::ref(all));
-        compare(task, alone.results()[0], all.results()[0]);
-        if (value.empty()) value = alone.results()[0];
-        compare(task, value, alone.results()[0]);
+        const std::string prefix = std::string(name) + " ";
+        Programs alone(task, set, false, true), all(task, set, true, false), stored(task, set, true, true);
+        warm_and_time(prefix + "value", alone);
+        warm_and_time(prefix + "derivatives", all);
+        warm_and_time(prefix + "derivatives stored", stored);
+        if (value.empty()) value = alone.values();
+        compare(task, value, alone.values());
+        compare(task, value, stored.values());
     }
     if (task.peers)
         for (const bool bulk : {false, true}) {
             MuParser parser(task, bulk);
-            parser();
-            task.time(bulk ? "muparser bulk" : "muparser calls", std::ref(parser));
+            warm_and_time(bulk ? "muparser bulk" : "muparser calls", parser);
             compare(task, value, parser.results());
         }
-    if (task.model_parameters > 0) {
-        Contract contract(task);
-        contract();
-        task.time("contract derivatives", std::ref(contract));
-    }
+    if (task.model_parameters > 0)
+        for (const bool stored : {false, true}) {
+            Contract contract(task, stored);
+            warm_and_time(stored ? "contract derivatives stored" : "contract derivatives", contract);
+        }
 }
 
 }  // namespace
