@@ -71,7 +71,7 @@ constexpr bool is_success(Verdict verdict)
 }
 
 /// The verdict as a word, "converged" for example: what reports and files say.
-std::string_view word(Verdict verdict);
+CURVEBANK_FIT_API std::string_view word(Verdict verdict);
 
 struct Estimate {
     std::string name;
@@ -109,7 +109,7 @@ struct Result {
 
 /// Minimises the weighted sum of squared residuals. Throws Error for a request that cannot be carried out; all that
 /// can happen to a fit after that is its verdict.
-Result fit(const Model &model, const Data &data, const Options &options = {});
+CURVEBANK_FIT_API Result fit(const Model &model, const Data &data, const Options &options = {});
 
 /// The curve with a band at further points: half the width of the confidence band of the curve, or of the prediction
 /// band of a further observation of weight 1. x as in Model::values, for models of one output.
@@ -117,7 +117,7 @@ struct Band {
     std::vector<double> value, half_width;
 };
 enum class BandKind { confidence, prediction };
-Band band(const Model &model, const Result &result, std::span<const double *const> x, size_t points, BandKind kind,
-          double confidence = 0.95);
+CURVEBANK_FIT_API Band band(const Model &model, const Result &result, std::span<const double *const> x, size_t points,
+                            BandKind kind, double confidence = 0.95);
 
 }  // namespace curvebank::fit
