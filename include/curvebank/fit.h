@@ -98,7 +98,7 @@ typedef struct curvebank_fit_request {
     const char *const *derived_names;       /* derived_count each: quantities wanted with their errors, as */
     const char *const *derived_expressions; /* expressions of the parameters, "ln(2)/b" */
 
-    /* Called after every iteration by the thread that runs the fit; anything but 0 stops the fit, which gives what it
+    /* Called once an iteration by the thread that runs the fit; anything but 0 stops the fit, which gives what it
      * has. The parameters are all of the model's, to be read during the call. */
     int (*watch)(void *context, int iteration, double sum_of_squares, const double *parameters);
     void *watch_context;

@@ -18,11 +18,11 @@ constexpr double absent = std::numeric_limits<double>::quiet_NaN();
 
 /// Columns of equal length, read in place: they must outlive the call.
 struct Data {
-    std::vector<std::span<const double>> x;  ///< one column a variable
-    std::vector<std::span<const double>> y;  ///< one column an output; empty for an implicit model
-    std::span<const double> weights;         ///< 1/variance up to a common factor; empty: all 1
-    std::span<const double> sigma;           ///< standard deviations instead of weights
-    bool absolute_sigma = false;             ///< sigma (or 1/sqrt(weights)) is in the unit of y: not to be scaled by the fit
+    std::vector<std::span<const double>> x = {};  ///< one column a variable
+    std::vector<std::span<const double>> y = {};  ///< one column an output; empty for an implicit model
+    std::span<const double> weights = {};         ///< 1/variance up to a common factor; empty: all 1
+    std::span<const double> sigma = {};           ///< standard deviations instead of weights
+    bool absolute_sigma = false;                  ///< sigma (or 1/sqrt(weights)) is in the unit of y: not to be scaled by the fit
 
     /// What becomes of a point of which a number is not finite: an Error that names it, or it is left out and counted.
     enum class Missing { error, skip } missing = Missing::error;
