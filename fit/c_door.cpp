@@ -128,10 +128,11 @@ Options options_of(const curvebank_fit_request &request, const Model &model)
         if (request.ties && request.ties[i]) options.ties.emplace_back(name, request.ties[i]);
     }
     if (request.derived_count < 0) throw Error("derived_count is negative");
-    for (int i = 0; i < request.derived_count; ++i)
-        options.derived.emplace_back(
-            needed(needed(request.derived_names, "derived_names")[i], "a derived name"),
-            needed(needed(request.derived_expressions, "derived_expressions")[i], "a derived expression"));
+    for (int i = 0; i < request.derived_count; ++i) {
+        const char *const name = needed(needed(request.derived_names, "derived_names")[i], "a derived name");
+        const char *const expression = needed(needed(request.derived_expressions, "derived_expressions")[i], name);
+        options.derived.emplace_back(name, expression);
+    }
     if (request.max_iterations < 0) throw Error("max_iterations is negative");
     if (request.max_iterations > 0) options.max_iterations = request.max_iterations;
     if (request.confidence != 0) options.confidence = request.confidence;
