@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <limits>
 #include <string>
@@ -95,7 +96,7 @@ struct Result {
     std::vector<double> covariance, correlation;
 
     size_t points = 0, left_out = 0;
-    long degrees_of_freedom = 0;
+    std::int64_t degrees_of_freedom = 0;
     int iterations = 0, evaluations = 0;  ///< evaluations: passes over all points
     double relative_offset = absent;      ///< Bates and Watts (1981): how far from the minimum, in units of its statistical spread
     double sum_of_squares = absent;       ///< weighted; absent where it exceeds the range of a double
