@@ -365,7 +365,8 @@ struct Program::Code {
 Kernel Program::Code::kernel(size_t number, unsigned uniform) const
 {
     const Kernel vector = kernels->of[number][uniform];
-    return vector || number >= operation_count ? vector : scalar_kernels[number][uniform];
+    const bool fused = number >= operation_count;  // those are all vector kernels
+    return vector || fused ? vector : scalar_kernels[number][uniform];
 }
 
 void Program::Code::add_uniforms(const Values &values, const std::vector<uint32_t> &uses, std::vector<Index> &place)
