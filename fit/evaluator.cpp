@@ -58,29 +58,23 @@ size_t Evaluator::values(std::span<const double> p, const Variables &x, std::spa
     return failures;
 }
 
-void Evaluator::derivatives(std::span<const double> p, const Variables &x, std::span<double> rows)
+void Evaluator::derivatives(std::span<const double> p, const Variables &x, Rows &rows)
 {
-    if (model_.nDep > 1) {
-        std::fill(rows.begin(), rows.end(), none);
-        return;
-    }
     set_parameters(p);
-    const auto width = static_cast<size_t>(parameters_);
-    for (size_t point = 0; point * width < rows.size(); ++point) {
+    for (size_t point = 0; point < rows.size(); ++point) {
         std::fill(dy_.begin(), dy_.end(), MISSING_VALUE);
-        const bool done = call(EVAL_DERIVS, x, point) == 0;
-        for (size_t i = 0; i < width; ++i) rows[point * width + i] = done ? output(dy_[i + 1]) : none;
+        const bool done = model_.nDep == 1 && call(EVAL_DERIVS, x, point) == 0;
+        for (size_t i = 0; i < rows.width(); ++i) rows[point][i] = done ? output(dy_[i + 1]) : none;
     }
 }
 
-void Evaluator::contributions(std::span<const double> p, const Variables &x, int terms, std::span<double> rows)
+void Evaluator::contributions(std::span<const double> p, const Variables &x, Rows &rows)
 {
     set_parameters(p);
-    const auto width = static_cast<size_t>(terms);
-    for (size_t point = 0; point * width < rows.size(); ++point) {
+    for (size_t point = 0; point < rows.size(); ++point) {
         std::fill(y_.begin(), y_.end(), MISSING_VALUE);
         call(EVAL_VALUE, x, point);
-        for (size_t i = 0; i < width; ++i) rows[point * width + i] = output(y_[i + 2]);
+        for (size_t i = 0; i < rows.width(); ++i) rows[point][i] = output(y_[i + 2]);
     }
 }
 

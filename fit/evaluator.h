@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "fit/library.h"
+#include "fit/rows.h"
 
 namespace curvebank::fit {
 
@@ -26,12 +27,12 @@ public:
     /// NaN.
     size_t values(std::span<const double> p, const Variables &x, std::span<double> y);
 
-    /// The model's own derivatives, row by row: entry i of row r is the derivative at point r with respect to p[i].
-    /// NaN where the model gives none, as models of two outputs never do.
-    void derivatives(std::span<const double> p, const Variables &x, std::span<double> rows);
+    /// The model's own derivatives: rows[r][i] at point r with respect to p[i]. NaN where the model gives none, as
+    /// models of two outputs never do.
+    void derivatives(std::span<const double> p, const Variables &x, Rows &rows);
 
-    /// The shares of the first terms terms, row by row; NaN where a term is not written.
-    void contributions(std::span<const double> p, const Variables &x, int terms, std::span<double> rows);
+    /// The shares of the first terms, as many as the rows are wide; NaN where a term is not written.
+    void contributions(std::span<const double> p, const Variables &x, Rows &rows);
 
 private:
     int call(int flags, const Variables &x, size_t point);

@@ -31,11 +31,7 @@ double norm(std::span<const double> v)
 class Problem {
 public:
     Problem(Evaluator &model, const Data &data, const FitOptions &options)
-        : model_(model),
-          data_(data),
-          p_(options.start),
-          jacobian_rows_(data.y.size() * p_.size()),
-          y_(data.y.size())
+        : model_(model), data_(data), p_(options.start), jacobian_rows_(data.y.size(), p_.size()), y_(data.y.size())
     {
         for (size_t i = 0; i < p_.size(); ++i)
             if (options.fixed.empty() || !options.fixed[i]) free_.push_back(i);
@@ -64,20 +60,20 @@ public:
         return true;
     }
 
-    /// The derivatives of the model at the current parameters, row by row; false where there are none.
-    bool derivatives(std::vector<double> &rows)
+    /// The derivatives of the model at the current parameters; false where there are none.
+    bool derivatives(Rows &rows)
     {
         model_.derivatives(p_, data_.x, rows);
         std::vector<size_t> by_difference;
         for (const size_t i : free_) {
             bool missing = numeric_[i];
-            for (size_t r = 0; r < points() && !missing; ++r) missing = std::isnan(rows[r * width() + i]);
+            for (size_t r = 0; r < points() && !missing; ++r) missing = std::isnan(rows[r][i]);
             if (missing) by_difference.push_back(i);
         }
         difference_derivatives(model_, data_.x, p_, scale_, by_difference, rows);
         for (const size_t i : by_difference)
             for (size_t r = 0; r < points(); ++r)
-                if (std::isnan(rows[r * width() + i])) return false;
+                if (std::isnan(rows[r][i])) return false;
         return true;
     }
 
@@ -87,7 +83,7 @@ public:
         scale_.resize(width());
         for (size_t i = 0; i < width(); ++i) scale_[i] = p_[i] != 0 ? std::fabs(p_[i]) : 1.0;
 
-        std::vector<double> &own = jacobian_rows_, differences(own.size());
+        Rows &own = jacobian_rows_, differences(own.size(), own.width());
         model_.derivatives(p_, data_.x, own);
         set_scale_of_zeros(own);
         difference_derivatives(model_, data_.x, p_, scale_, free_, differences);
@@ -103,44 +99,45 @@ public:
         if (!derivatives(jacobian_rows_)) return false;
         for (size_t r = 0; r < points(); ++r)
             for (size_t j = 0; j < free_.size(); ++j)
-                *jacobian++ = root_weights_[r] * jacobian_rows_[r * width() + free_[j]] * scale_[free_[j]];
+                *jacobian++ = root_weights_[r] * jacobian_rows_[r][free_[j]] * scale_[free_[j]];
         return true;
     }
 
 private:
     /// A parameter that starts at 0 has no size of its own: it is given the one that moves the curve about as much
     /// as the data are large.
-    void set_scale_of_zeros(const std::vector<double> &own)
+    void set_scale_of_zeros(const Rows &own)
     {
         const double size_of_data = norm(data_.y);
         for (const size_t i : free_) {
             double square = 0;
-            for (size_t r = 0; r < points(); ++r) square += own[r * width() + i] * own[r * width() + i];
+            for (size_t r = 0; r < points(); ++r) square += own[r][i] * own[r][i];
             if (p_[i] == 0 && square > 0 && std::isfinite(square) && size_of_data > 0)
                 scale_[i] = size_of_data / std::sqrt(square);
         }
     }
 
     /// Whether a derivative agrees with its differences, as closely as those can tell.
-    bool agree(size_t i, const std::vector<double> &own, const std::vector<double> &differences) const
+    bool agree(size_t i, const Rows &own, const Rows &differences) const
     {
         double largest = 0, size = 0;
         for (size_t r = 0; r < points(); ++r) {
-            const double difference = differences[r * width() + i];
+            const double difference = differences[r][i];
             if (std::isnan(difference)) return true;  // nothing to hold against it
             largest = std::max(largest, std::fabs(difference));
             size = std::max(size, std::fabs(y_[r]));
         }
         const double rounding = 4 * epsilon * size / (std::cbrt(epsilon) * scale_[i]);
         for (size_t r = 0; r < points(); ++r)
-            if (!(std::fabs(own[r * width() + i] - differences[r * width() + i]) <= 1e-4 * largest + rounding))
-                return false;
+            if (!(std::fabs(own[r][i] - differences[r][i]) <= 1e-4 * largest + rounding)) return false;
         return true;
     }
 
     Evaluator &model_;
     const Data &data_;
-    std::vector<double> p_, jacobian_rows_, y_, scale_, root_weights_;
+    std::vector<double> p_;
+    Rows jacobian_rows_;
+    std::vector<double> y_, scale_, root_weights_;
     std::vector<size_t> free_;
     std::vector<bool> numeric_;
 };
@@ -190,8 +187,9 @@ struct Linearised {
 
 std::optional<Linearised> linearise(Problem &problem, const std::vector<size_t> &over)
 {
-    const size_t points = problem.points(), width = problem.width();
-    std::vector<double> r(points), rows(points * width);
+    const size_t points = problem.points();
+    std::vector<double> r(points);
+    Rows rows(points, problem.width());
     if (!problem.residuals(r) || !problem.derivatives(rows)) return std::nullopt;
 
     Matrix jacobian(points, over.size());
@@ -201,7 +199,7 @@ std::optional<Linearised> linearise(Problem &problem, const std::vector<size_t> 
         const auto row = static_cast<Eigen::Index>(i);
         result.residuals(row) = r[i];
         for (size_t j = 0; j < over.size(); ++j)
-            jacobian(row, static_cast<Eigen::Index>(j)) = problem.root_weight(i) * rows[i * width + over[j]];
+            jacobian(row, static_cast<Eigen::Index>(j)) = problem.root_weight(i) * rows[i][over[j]];
     }
     result.column_norms = jacobian.colwise().norm();
     for (auto &length : result.column_norms)
@@ -329,10 +327,9 @@ void fill_statistics(Problem &problem, const Data &data, const std::vector<size_
 }  // namespace
 
 void difference_derivatives(Evaluator &model, const Variables &x, const std::vector<double> &p,
-                            const std::vector<double> &scale, const std::vector<size_t> &which,
-                            std::vector<double> &rows)
+                            const std::vector<double> &scale, const std::vector<size_t> &which, Rows &rows)
 {
-    const size_t width = p.size(), points = rows.size() / width;
+    const size_t points = rows.size();
     std::vector<double> moved = p, here, low(points), high(points);
     for (const size_t i : which) {
         const double step = std::cbrt(epsilon) * std::max(std::fabs(p[i]), scale[i]);
@@ -347,7 +344,7 @@ void difference_derivatives(Evaluator &model, const Variables &x, const std::vec
             model.values(p, x, here);
         }
         for (size_t r = 0; r < points; ++r) {
-            double &derivative = rows[r * width + i];
+            double &derivative = rows[r][i];
             if (std::isnan(high[r]))
                 derivative = std::isnan(low[r]) ? low[r] : (here[r] - low[r]) / (p[i] - p_low);
             else if (std::isnan(low[r]))

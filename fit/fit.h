@@ -56,10 +56,9 @@ struct FitResult {
 FitResult fit(Evaluator &model, const reference::ModelReference &about, const Data &data,
               const FitOptions &options);
 
-/// The derivatives of the model by differences of its values, row by row as Evaluator::derivatives gives them, for
-/// the parameters in which. NaN where the model has no value nearby.
+/// The derivatives of the model by differences of its values, as Evaluator::derivatives gives them, for the
+/// parameters in which. NaN where the model has no value nearby.
 void difference_derivatives(Evaluator &model, const Variables &x, const std::vector<double> &p,
-                            const std::vector<double> &scale, const std::vector<size_t> &which,
-                            std::vector<double> &rows);
+                            const std::vector<double> &scale, const std::vector<size_t> &which, Rows &rows);
 
 }  // namespace curvebank::fit

@@ -45,6 +45,14 @@ DerivativeCheck::Parameter compare(const std::string &name, double value, const 
     return result;
 }
 
+/// The largest absolute value.
+double largest(const std::vector<double> &values)
+{
+    double result = 0;
+    for (const double value : values) result = std::max(result, std::fabs(value));
+    return result;
+}
+
 }  // namespace
 
 DerivativeCheck check_derivatives(const fit::Library &library, const fit::KnownModel &known,
@@ -80,17 +88,17 @@ DerivativeCheck check_derivatives(const fit::Library &library, const fit::KnownM
     return check;
 }
 
-std::vector<InexactEntry> inexact_entries(const fit::KnownModel &known, const fit::Variables &x)
+std::vector<InexactEntry> inexact_entries(const fit::KnownModel &known, const std::vector<double> &p,
+                                          const fit::Variables &x)
 {
     const reference::ModelReference &about = *known.about;
-    const std::vector<double> p(about.sample_parameters.begin(), about.sample_parameters.end());
     const auto [nParams, parameters] = fit::shape(known, static_cast<int>(p.size()));
-    const size_t width = p.size(), points = x[0].size();
-    fit::Evaluator evaluator(known.model, nParams, static_cast<int>(width));
+    fit::Evaluator evaluator(known.model, nParams, static_cast<int>(p.size()));
 
-    std::vector<double> y(points), own(points * width), differences(own.size()), scale;
+    std::vector<double> y(x[0].size()), scale;
+    fit::Rows own(y.size(), p.size()), differences = own;
     std::vector<size_t> all;
-    for (size_t i = 0; i < width; ++i) {
+    for (size_t i = 0; i < p.size(); ++i) {
         all.push_back(i);
         scale.push_back(std::max(1e-3, std::fabs(p[i])));
     }
@@ -98,22 +106,18 @@ std::vector<InexactEntry> inexact_entries(const fit::KnownModel &known, const fi
     evaluator.derivatives(p, x, own);
     fit::difference_derivatives(evaluator, x, p, scale, all, differences);
 
-    const auto largest = [&](const std::vector<double> &rows, size_t step, size_t first) {
-        double result = 0;
-        for (size_t r = first; r < rows.size(); r += step) result = std::max(result, std::fabs(rows[r]));
-        return result;
-    };
     const double noise = std::max(1e-7, 100 * about.tolerance);  // what the differences cannot resolve
+    const double value_size = largest(y);
     std::vector<InexactEntry> found;
-    for (size_t i = 0; i < width; ++i) {
-        const double size = largest(differences, width, i);
+    for (size_t i = 0; i < p.size(); ++i) {
+        const double size = largest(differences.column(i));
         double disagreement = 0;
         bool written = true;
-        for (size_t r = i; r < own.size(); r += width) {
-            written = written && !std::isnan(own[r]);
-            disagreement = std::max(disagreement, std::fabs(own[r] - differences[r]));
+        for (size_t r = 0; r < y.size(); ++r) {
+            written = written && !std::isnan(own[r][i]);
+            disagreement = std::max(disagreement, std::fabs(own[r][i] - differences[r][i]));
         }
-        if (written && disagreement <= noise * (size + largest(y, 1, 0) / scale[i])) continue;
+        if (written && disagreement <= noise * (size + value_size / scale[i])) continue;
         const int entry = static_cast<int>(i) + 1;
         const reference::InexactReference *listed = about.inexact_at(entry);
         found.push_back({entry, parameters[i].name, std::string(listed ? listed->holds : ""), disagreement / size,

@@ -39,8 +39,9 @@ struct InexactEntry {
     bool written, has_partial;  ///< whether the model writes it, and whether the exact partial is not 0 throughout
 };
 
-/// The inexact entries of a model at its sample parameters. Central differences in steps fit for each parameter
+/// The inexact entries of a model at parameters p. Central differences in steps fit for each parameter
 /// tell: they see what a step of 1e-8 cannot.
-std::vector<InexactEntry> inexact_entries(const fit::KnownModel &known, const fit::Variables &x);
+std::vector<InexactEntry> inexact_entries(const fit::KnownModel &known, const std::vector<double> &p,
+                                          const fit::Variables &x);
 
 }  // namespace curvebank::program

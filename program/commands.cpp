@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
@@ -13,6 +12,7 @@
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <boost/algorithm/string/predicate.hpp>
 
 #include "fit/fit.h"
 #include "fit/known_model.h"
@@ -130,7 +130,7 @@ std::vector<double> read_certified(const std::string &file, size_t count)
 
 /// The data with the fitted values, the residuals and each term's share.
 table::Table fit_table(const fit::FitResult &result, const report::ReportContext &context, const fit::Data &data,
-                       const report::Shares &shares)
+                       const fit::Rows &shares)
 {
     table::Table table;
     const auto add = [&table](const std::string &name, const std::vector<double> &column) {
@@ -139,14 +139,14 @@ table::Table fit_table(const fit::FitResult &result, const report::ReportContext
     };
     for (size_t i = 0; i < data.x.size(); ++i) add(context.x_names[i], data.x[i]);
     const size_t outputs = data.y.size() / data.x[0].size();
-    for (size_t k = 0; k < context.y_names.size(); ++k) add(context.y_names[k], report::every(data.y, outputs, k));
+    for (size_t k = 0; k < context.y_names.size(); ++k) add(context.y_names[k], fit::every(data.y, outputs, k));
     if (!data.weights.empty()) add(context.weights_name, data.weights);
     for (size_t k = 0; k < outputs; ++k) {
         const std::string number = outputs > 1 ? std::to_string(k + 1) : "";
-        add("fitted" + number, report::every(result.fitted, outputs, k));
-        add("residual" + number, report::every(result.residuals, outputs, k));
+        add("fitted" + number, fit::every(result.fitted, outputs, k));
+        add("residual" + number, fit::every(result.residuals, outputs, k));
     }
-    for (int k = 0; k < shares.terms; ++k) add(fmt::format("term{}", k + 1), shares.of_term(k));
+    for (size_t k = 0; k < shares.width(); ++k) add(fmt::format("term{}", k + 1), shares.column(k));
     return table;
 }
 
@@ -180,14 +180,12 @@ std::vector<double> evaluate(fit::Evaluator &evaluator, const std::vector<double
     return y;
 }
 
-report::Shares evaluate_shares(fit::Evaluator &evaluator, const reference::ModelReference &about,
-                               const std::vector<double> &p, const fit::Variables &x)
+fit::Rows evaluate_shares(fit::Evaluator &evaluator, const reference::ModelReference &about,
+                          const std::vector<double> &p, const fit::Variables &x)
 {
-    report::Shares shares;
-    if (!about.contributions) return shares;
-    shares.terms = about.terms(static_cast<int>(p.size()));
-    shares.rows.resize(x[0].size() * static_cast<size_t>(shares.terms));
-    evaluator.contributions(p, x, shares.terms, shares.rows);
+    if (!about.contributions) return {};
+    fit::Rows shares(x[0].size(), static_cast<size_t>(about.terms(static_cast<int>(p.size()))));
+    evaluator.contributions(p, x, shares);
     return shares;
 }
 
@@ -199,10 +197,10 @@ CurvePlot curve_plot(fit::Evaluator &evaluator, const reference::ModelReference 
     CurvePlot plot;
     const std::vector<double> y = evaluate(evaluator, p, {x});
     const auto outputs = static_cast<size_t>(evaluator.outputs());
-    for (size_t k = 0; k < outputs; ++k) plot.curves.push_back({titles[k], x, report::every(y, outputs, k)});
-    const report::Shares shares = evaluate_shares(evaluator, about, p, {x});
-    for (int k = 0; shares.terms > 1 && k < shares.terms; ++k)
-        plot.terms.push_back({fmt::format("term {}", k + 1), x, shares.of_term(k)});
+    for (size_t k = 0; k < outputs; ++k) plot.curves.push_back({titles[k], x, fit::every(y, outputs, k)});
+    const fit::Rows shares = evaluate_shares(evaluator, about, p, {x});
+    for (size_t k = 0; shares.width() > 1 && k < shares.width(); ++k)
+        plot.terms.push_back({fmt::format("term {}", k + 1), x, shares.column(k)});
     return plot;
 }
 
@@ -222,8 +220,8 @@ void plot_fit(const FitCommand &command, fit::Evaluator &evaluator, const std::v
         plot.y_name = fmt::format("{}", fmt::join(context.y_names, ", "));
         for (size_t k = 0; k < outputs; ++k) {
             plot.data.push_back(
-                {outputs > 1 ? context.y_names[k] : "data", data.x[0], report::every(data.y, outputs, k)});
-            plot.residuals.push_back({"", data.x[0], report::every(result.residuals, outputs, k)});
+                {outputs > 1 ? context.y_names[k] : "data", data.x[0], fit::every(data.y, outputs, k)});
+            plot.residuals.push_back({"", data.x[0], fit::every(result.residuals, outputs, k)});
         }
         draw(plot, command.plot);
     } else if (data.x.size() == 2) {
@@ -319,15 +317,11 @@ std::string markdown(const std::string &text)
 
 void list(const fit::Library &library, const std::string &filter)
 {
-    const auto contains = [&filter](std::string_view text) {
-        return std::search(text.begin(), text.end(), filter.begin(), filter.end(),
-                           [](char a, char b) { return std::tolower(a) == std::tolower(b); }) != text.end();
-    };
     fmt::print("{:<16}  {:>4} {:>4} {:>6}  {:<19} {:>7}  {}\n", "Model", "x", "y", "params", "Export", "Ordinal",
                "Title");
     int catalogued = 0, by_export = 0, placeholders = 0;
     for (const reference::ModelReference &about : reference::models) {
-        if (!contains(about.name) && !contains(about.title)) continue;
+        if (!boost::icontains(about.name, filter) && !boost::icontains(about.title, filter)) continue;
         ++(about.export_only ? by_export : catalogued);
         placeholders += about.placeholder;
         const fit::Model model = fit::find_model(library, about.name).model;
@@ -356,26 +350,23 @@ void eval(const fit::Library &library, const EvalOptions &options)
 
     table::Table result = points_to_evaluate(options, known);
     const fit::Variables x = result.columns;
-    const size_t points = x[0].size(), width = p.size();
-    const auto add_columns = [&](const std::vector<double> &rows, size_t columns, const auto &name) {
-        for (size_t i = 0; i < columns; ++i) {
-            result.names.push_back(name(i));
-            result.columns.push_back(report::every(rows, columns, i));
-        }
+    const auto add = [&result](const std::string &name, std::vector<double> column) {
+        result.names.push_back(name);
+        result.columns.push_back(std::move(column));
     };
 
-    fit::Evaluator evaluator(known.model, called.nParams, static_cast<int>(width));
+    fit::Evaluator evaluator(known.model, called.nParams, static_cast<int>(p.size()));
     const auto outputs = static_cast<size_t>(evaluator.outputs());
     const std::string value = x.size() == 1 ? "y" : x.size() == 2 && outputs == 1 ? "z" : "value";
-    const auto output_name = [&](size_t k) { return outputs > 1 ? value + std::to_string(k + 1) : value; };
-    add_columns(evaluate(evaluator, p, x), outputs, output_name);
-    const report::Shares shares = evaluate_shares(evaluator, *known.about, p, x);
-    add_columns(shares.rows, static_cast<size_t>(shares.terms),
-                [](size_t i) { return fmt::format("term{}", i + 1); });
+    const std::vector<double> y = evaluate(evaluator, p, x);
+    for (size_t k = 0; k < outputs; ++k)
+        add(outputs > 1 ? value + std::to_string(k + 1) : value, fit::every(y, outputs, k));
+    const fit::Rows shares = evaluate_shares(evaluator, *known.about, p, x);
+    for (size_t k = 0; k < shares.width(); ++k) add(fmt::format("term{}", k + 1), shares.column(k));
     if (options.derivatives) {
-        std::vector<double> rows(points * width);
+        fit::Rows rows(x[0].size(), p.size());
         evaluator.derivatives(p, x, rows);
-        add_columns(rows, width, [&](size_t i) { return "dy/d" + parameters[i].name; });
+        for (size_t i = 0; i < p.size(); ++i) add("dy/d" + parameters[i].name, rows.column(i));
     }
     fmt::print("{}", options.csv ? table::csv_text(result) : aligned_text(result));
     if (!options.plot.empty()) plot_model(options, evaluator, *known.about, p, result);
@@ -395,7 +386,7 @@ int fit(const fit::Library &library, const FitCommand &command)
     const fit::FitResult result = fit(evaluator, *known.about, data, options);
     std::vector<double> p;
     for (const auto &estimate : result.parameters) p.push_back(estimate.value);
-    const report::Shares shares = evaluate_shares(evaluator, *known.about, p, data.x);
+    const fit::Rows shares = evaluate_shares(evaluator, *known.about, p, data.x);
     fmt::print("{}", report::fit_report(result, context, data, shares));
     if (!command.csv.empty()) table::write_table(command.csv, fit_table(result, context, data, shares));
     if (!command.plot.empty()) plot_fit(command, evaluator, p, result, context, data);
@@ -448,7 +439,8 @@ int check_all(const fit::Library &library)
         std::vector<std::vector<double>> axes;
         for (const auto &[low, high] : about.sample_ranges)
             axes.push_back(span_of({low, high}, about.sample_ranges.size() == 1 ? 21 : 7));
-        for (const InexactEntry &entry : inexact_entries(fit::find_model(library, about.name), grid_of(axes))) {
+        const std::vector<double> p(about.sample_parameters.begin(), about.sample_parameters.end());
+        for (const InexactEntry &entry : inexact_entries(fit::find_model(library, about.name), p, grid_of(axes))) {
             unexplained += entry.holds.empty();
             fmt::print("| {} | {} (d/d{}) | {} | {} |\n", about.name, entry.entry, entry.parameter,
                        entry.holds.empty() ? "unexplained" : markdown(entry.holds),

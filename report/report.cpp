@@ -44,20 +44,8 @@ std::string derivatives(const fit::FitResult &result, const ReportContext &conte
 
 }  // namespace
 
-std::vector<double> every(const std::vector<double> &values, size_t step, size_t first)
-{
-    std::vector<double> chosen;
-    for (size_t i = first; i < values.size(); i += step) chosen.push_back(values[i]);
-    return chosen;
-}
-
-std::vector<double> Shares::of_term(int term) const
-{
-    return every(rows, static_cast<size_t>(terms), static_cast<size_t>(term));
-}
-
 std::string fit_report(const fit::FitResult &result, const ReportContext &context, const fit::Data &data,
-                       const Shares &shares)
+                       const fit::Rows &shares)
 {
     const reference::ModelReference &about = *context.model;
     std::string text = fmt::format("{}: {}\n", about.name, about.title);
@@ -84,8 +72,8 @@ std::string fit_report(const fit::FitResult &result, const ReportContext &contex
         text += fmt::format("{:<{}}  {:>21}  {:>14}  {:>34}\n", context.parameters[i].name, width,
                             digits(estimate.value, 13), digits(estimate.standard_error, 6), range);
     }
-    for (int k = 0; shares.terms > 1 && k < shares.terms; ++k) {
-        const std::vector<double> share = shares.of_term(k);
+    for (size_t k = 0; shares.width() > 1 && k < shares.width(); ++k) {
+        const std::vector<double> share = shares.column(k);
         const auto largest = std::max_element(share.begin(), share.end(), smaller_in_size);
         if (k == 0) text += "\n";
         std::vector<std::string> place;

@@ -18,19 +18,9 @@ struct ReportContext {
     size_t skipped_rows = 0;
 };
 
-/// values[first], values[first + step], ...: one column of values stored row by row.
-std::vector<double> every(const std::vector<double> &values, size_t step, size_t first);
-
-/// What each of several terms contributes at the points of the data.
-struct Shares {
-    int terms = 0;
-    std::vector<double> rows;  ///< terms values a point
-
-    std::vector<double> of_term(int term) const;
-};
-
+/// The report, with what each of several terms contributes at the points of the data.
 std::string fit_report(const fit::FitResult &result, const ReportContext &context, const fit::Data &data,
-                       const Shares &shares);
+                       const fit::Rows &shares);
 
 /// Certified parameters beside the found ones, and the number of digits on which they agree.
 struct Comparison {
