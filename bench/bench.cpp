@@ -18,7 +18,8 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/bare_loops.h"
-#include "host/known_model.h"
+#include "fit/known_model.h"
+#include "program/installed_library.h"
 
 using namespace curvebank;
 
@@ -32,11 +33,11 @@ struct Points {
     size_t stride;  // from point to point in x, y and dy
     std::vector<double> p, x, y, dy;
 
-    Points(const host::ModelReference &about, size_t step, int peaks = 1)
+    Points(const reference::ModelReference &about, size_t step, int peaks = 1)
         : stride(step), p(stride, 1.0), x(points * stride), y(points * stride), dy(points * stride)
     {
         // After the sample's parameters its last peak stands again as often as needed.
-        const std::vector<double> &sample = about.sample_parameters;
+        const auto sample = about.sample_parameters;
         std::copy(sample.begin(), sample.end(), p.begin() + 1);
         const size_t peak = about.repeated.size(),
                      all = about.parameters.size() + peak * static_cast<size_t>(peaks);
@@ -62,11 +63,17 @@ struct Points {
 };
 
 /// The parameters of a call; models of repeated terms are called with that many of them.
-int count(const host::KnownModel &known, int terms = 1)
+int count(const fit::KnownModel &known, int terms = 1)
 {
     const auto once = static_cast<int>(known.about->parameters.size());
     const auto repeated = static_cast<int>(known.about->repeated.size());
     return repeated == 0 ? known.model.nParams : once + repeated * terms;
+}
+
+/// The distance from point to point: at least that of the bare loops.
+size_t room(int nParams)
+{
+    return std::max(bench::stride, static_cast<size_t>(CURVEBANK_ROOM(nParams)));
 }
 
 void count_calls(benchmark::State &state)
@@ -74,10 +81,10 @@ void count_calls(benchmark::State &state)
     state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(points));
 }
 
-void time_model(benchmark::State &state, const host::KnownModel &known, int flags)
+void time_model(benchmark::State &state, const fit::KnownModel &known, int flags)
 {
-    const size_t wanted = 2 * known.about->sample_parameters.size();
-    Points data(*known.about, std::max(bench::stride, wanted));
+    Points data(*known.about,
+                room(std::max(count(known), static_cast<int>(known.about->sample_parameters.size()))));
     for (auto _ : state) {
         data.call(known.model.function, flags, count(known));
         benchmark::ClobberMemory();
@@ -85,12 +92,12 @@ void time_model(benchmark::State &state, const host::KnownModel &known, int flag
     count_calls(state);
 }
 
-void time_peaks(benchmark::State &state, const host::KnownModel &known)
+void time_peaks(benchmark::State &state, const fit::KnownModel &known)
 {
     const int peaks = static_cast<int>(state.range(0));
     const auto &about = *known.about;
     const int nParams = count(known, peaks);
-    Points data(about, about.repeated.size() * most_peaks + bench::stride, peaks);
+    Points data(about, room(count(known, most_peaks)), peaks);
     for (auto _ : state) {
         data.call(known.model.function, EVAL_DERIVS, nParams);
         benchmark::ClobberMemory();
@@ -98,7 +105,7 @@ void time_peaks(benchmark::State &state, const host::KnownModel &known)
     count_calls(state);
 }
 
-void time_bare_loop(benchmark::State &state, const host::ModelReference &about, bench::BareLoop::Function loop)
+void time_bare_loop(benchmark::State &state, const reference::ModelReference &about, bench::BareLoop::Function loop)
 {
     Points data(about, bench::stride);
     for (auto _ : state) {
@@ -109,7 +116,7 @@ void time_bare_loop(benchmark::State &state, const host::ModelReference &about, 
 }
 
 /// Throws unless a bare loop computes what its model computes.
-void compare(const host::KnownModel &known, const bench::BareLoop &bare)
+void compare(const fit::KnownModel &known, const bench::BareLoop &bare)
 {
     const auto agree = [&](int flags, bench::BareLoop::Function loop) {
         Points ours(*known.about, bench::stride), theirs = ours;
@@ -128,13 +135,13 @@ void compare(const host::KnownModel &known, const bench::BareLoop &bare)
     if (bare.derivatives) agree(EVAL_DERIVS, bare.derivatives);
 }
 
-void add_all(const host::Library &library)
+void add_all(const fit::Library &library)
 {
     const auto add = [](const std::string &name, auto function) {
         return benchmark::RegisterBenchmark(name.c_str(), function);
     };
     for (const bench::BareLoop &bare : bench::bare_loops()) {
-        const host::KnownModel known = host::find_model(library, bare.name);
+        const fit::KnownModel known = fit::find_model(library, bare.name);
         compare(known, bare);
         const auto time = [&](const char *what, bench::BareLoop::Function loop) {
             add(std::string("bare/") + bare.name + what,
@@ -143,10 +150,10 @@ void add_all(const host::Library &library)
         time("/value", bare.value);
         if (bare.derivatives) time("/derivatives", bare.derivatives);
     }
-    for (const host::ModelReference &about : host::reference()) {
-        const host::KnownModel known = host::find_model(library, about.name);
+    for (const reference::ModelReference &about : reference::models) {
+        const fit::KnownModel known = fit::find_model(library, about.name);
         const auto time = [&](const char *what, int flags) {
-            add("model/" + about.name + what,
+            add("model/" + std::string(about.name) + what,
                 [known, flags](benchmark::State &state) { time_model(state, known, flags); });
         };
         time("/value", EVAL_VALUE);
@@ -154,7 +161,7 @@ void add_all(const host::Library &library)
         time("/both", EVAL_VALUE | EVAL_DERIVS);
     }
     for (const char *name : {"ExpDec2", "Logistic", "Gauss", "LangmuirEXT1", "Gauss2D"}) {
-        const host::KnownModel known = host::find_model(library, name);
+        const fit::KnownModel known = fit::find_model(library, name);
         add(std::string("threads/") + name,
             [known](benchmark::State &state) { time_model(state, known, EVAL_DERIVS); })
             ->Threads(1)
@@ -162,7 +169,7 @@ void add_all(const host::Library &library)
             ->UseRealTime();
     }
     for (const char *name : {"Gauss", "Lorentz", "LogNormal", "Extreme", "Gauss2D"}) {
-        const host::KnownModel known = host::find_model(library, name);
+        const fit::KnownModel known = fit::find_model(library, name);
         auto *peaks =
             add(std::string("peaks/") + name, [known](benchmark::State &state) { time_peaks(state, known); });
         for (const int n : {1, 2, 5, 10, 20, 50, most_peaks}) peaks->Arg(n);
@@ -176,7 +183,7 @@ int main(int argc, char **argv)
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
     try {
-        const host::Library library = host::Library::standard();
+        const fit::Library library = program::installed_library();
         add_all(library);
         benchmark::RunSpecifiedBenchmarks();
     } catch (const std::exception &error) {

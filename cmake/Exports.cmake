@@ -1,10 +1,10 @@
-# Turns exports/exports.txt into what each system needs. Sets
+# Turns catalogue/exports.txt into what each system needs. Sets
 #   EXPORTS_HEADER   <curvebank/exports.h>: the exported models declared, and the list as a macro
 #   EXPORTS_DEF      module definition file: names and ordinals of the DLL
 #   EXPORTS_MAP      ELF version script: the exported names, all others local
 #   EXPORTS_ALIASES  linker options that give a model its export name where that is not its own
 
-set(exports_txt ${CMAKE_CURRENT_SOURCE_DIR}/exports/exports.txt)
+set(exports_txt ${CMAKE_CURRENT_SOURCE_DIR}/catalogue/exports.txt)
 set(EXPORTS_HEADER ${CMAKE_CURRENT_BINARY_DIR}/include/curvebank/exports.h)
 set(EXPORTS_DEF ${CMAKE_CURRENT_BINARY_DIR}/curvebank.def)
 set(EXPORTS_MAP ${CMAKE_CURRENT_BINARY_DIR}/curvebank.map)
@@ -38,4 +38,4 @@ endforeach()
 
 file(CONFIGURE OUTPUT ${EXPORTS_DEF} CONTENT "LIBRARY curvebank.dll\nEXPORTS\n${def}")
 file(CONFIGURE OUTPUT ${EXPORTS_MAP} CONTENT "{\n    global:\n${map}    local:\n        *;\n};\n")
-configure_file(exports/exports.h.in ${EXPORTS_HEADER} @ONLY)
+configure_file(catalogue/exports.h.in ${EXPORTS_HEADER} @ONLY)

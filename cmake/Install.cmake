@@ -9,7 +9,8 @@ configure_file(cmake/curvebank.pc.in curvebank.pc @ONLY)
 install(TARGETS curvebank EXPORT curvebank-targets)
 install(EXPORT curvebank-targets NAMESPACE curvebank:: DESTINATION ${package_folder})
 install(DIRECTORY ${PROJECT_BINARY_DIR}/include/curvebank TYPE INCLUDE)
-install(DIRECTORY reference DESTINATION ${CMAKE_INSTALL_DATADIR}/curvebank)
+install(DIRECTORY reference DESTINATION ${CMAKE_INSTALL_DATADIR}/curvebank
+    FILES_MATCHING PATTERN *.toml PATTERN README.md)
 install(FILES ${PROJECT_BINARY_DIR}/curvebank-config.cmake ${PROJECT_BINARY_DIR}/curvebank-config-version.cmake
     DESTINATION ${package_folder})
 install(FILES ${PROJECT_BINARY_DIR}/curvebank.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

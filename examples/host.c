@@ -8,7 +8,8 @@ int main(void)
 {
     uint16_t nParams;
     ModelFunc model = Get_Func("Parabola", NULL, NULL, &nParams, NULL);
-    double p[] = {0, 1, 2, 3}, x[] = {0, 0.5}, y[2], dy[4]; /* element 0 is not used */
+    double p[CURVEBANK_ROOM(3)] = {0, 1, 2, 3}, x[CURVEBANK_ROOM_X] = {0, 0.5}; /* element 0 is not used */
+    double y[CURVEBANK_ROOM(3)], dy[CURVEBANK_ROOM(3)];
 
     if (!model) return 1;
     errno = 0;

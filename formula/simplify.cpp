@@ -52,7 +52,7 @@ std::string write(const Decimal &value)
     if (value.exponent > 0 || value.exponent < -18) return text + 'e' + std::to_string(value.exponent);
     const auto places = static_cast<size_t>(-value.exponent);
     if (text.size() <= places) text.insert(0, places + 1 - text.size(), '0');
-    return text.insert(text.size() - places, ".");
+    return text.insert(text.size() - places, 1, '.');
 }
 
 std::optional<Decimal> product(const Decimal &a, const Decimal &b)

@@ -5,8 +5,9 @@
 #include <cerrno>
 #include <cstring>
 
+#include "curvebank/model_func.h"
 #include "frame/guards.h"
-#include "frame/model_func.h"
+#include "platform/error_codes.h"
 
 /// Opens a model: a C function with the signature of ModelFunc. X stands for x[1] in the formulas.
 #define MODEL(name)                                                                                              \
@@ -16,8 +17,6 @@
                             [[maybe_unused]] double *dy)
 
 namespace curvebank {
-
-static_assert(ERANGE == 34 && EDOM == 33, "hosts rely on these two error codes");
 
 /// Where this call looks for math errors: errno, or *perr with EVAL_USE_ERRPTR.
 class ErrorVariable {
@@ -29,8 +28,8 @@ public:
 
     /// The error test. Codes other than the range and the domain error do not count.
     bool raised() const { return range_error() || domain_error(); }
-    bool range_error() const { return *code_ == ERANGE; }
-    bool domain_error() const { return *code_ == EDOM; }
+    bool range_error() const { return *code_ == platform::range_error_code; }
+    bool domain_error() const { return *code_ == platform::domain_error_code; }
 
     void clear() const { *code_ = 0; }
 

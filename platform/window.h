@@ -1,4 +1,4 @@
-// Lines of text for a window, and the system's notion of letters and digits.
+// Lines of text for a window.
 
 #pragma once
 
@@ -13,8 +13,5 @@ Line format_line(const char *format, const char *text);
 
 /// Sends the line to a window and waits until it is processed. A null window receives nothing.
 void send_line(void *window, const Line &line);
-
-/// Whether the system counts this character, read as Latin-1, as a letter or a digit.
-bool is_letter_or_digit(unsigned char c);
 
 }  // namespace curvebank::platform

@@ -6,7 +6,7 @@
 // anew for every entry that needs them, always for the lower tail.
 
 #include "frame/evaluation.h"
-#include "platform/numcore.h"
+#include "numerics/numcore.h"
 
 namespace curvebank {
 namespace {

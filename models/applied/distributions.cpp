@@ -6,7 +6,7 @@
 // initialisation of the models whose EVAL_INIT answers 0.
 
 #include "frame/evaluation.h"
-#include "platform/numcore.h"
+#include "numerics/numcore.h"
 
 namespace curvebank {
 

@@ -1,4 +1,4 @@
-// Exponentials of three parameters: of a hyperbola, of a parabola; and the places kept for exponential sums.
+// Exponentials of three parameters: of a hyperbola and of a parabola.
 
 #include "frame/evaluation.h"
 
@@ -89,24 +89,6 @@ MODEL(Exp3P2)
     dy[1] = y[1];
     dy[2] = y[1] * X;
     dy[3] = y[1] * (X * X);
-    return 0;
-}
-
-/// Placeholder: keeps its place in the catalogue, computes and writes nothing.
-MODEL(ExpCSum1)
-{
-    return 0;
-}
-
-/// Placeholder: keeps its place in the catalogue, computes and writes nothing.
-MODEL(ExpCSum2)
-{
-    return 0;
-}
-
-/// Placeholder: keeps its place in the catalogue, computes and writes nothing.
-MODEL(ExpCSumEVP)
-{
     return 0;
 }
 

@@ -2,7 +2,7 @@
 // (infinite), and type IV, its asymmetric relative.
 
 #include "frame/evaluation.h"
-#include "platform/numcore.h"
+#include "numerics/numcore.h"
 
 namespace curvebank {
 namespace {

@@ -5,7 +5,7 @@
 // divided by.
 
 #include "models/surface/surface.h"
-#include "platform/error_function.h"
+#include "numerics/error_function.h"
 
 namespace curvebank {
 namespace {
@@ -32,8 +32,8 @@ MODEL(GaussCum)
         for (int k = 0; k < terms; ++k) {
             const double *q = p + 2 + product_size * k;
             const double A = q[0], xc = q[1], wx = q[2], yc = q[3], wy = q[4];
-            const double ex = platform::error_function((X - xc) / r / wx);
-            const double ey = platform::error_function((Y - yc) / r / wy);
+            const double ex = numerics::error_function((X - xc) / r / wx);
+            const double ey = numerics::error_function((Y - yc) / r / wy);
             y[2 + k] = A * 0.25 * (ex + 1) * (ey + 1);
             y[1] += y[2 + k];
         }

@@ -4,6 +4,7 @@
 #include <doctest/doctest.h>
 
 #include "frame/evaluation.h"
+#include "platform/error_codes.h"
 #include "tests/support/call.h"
 
 using namespace curvebank;
@@ -50,6 +51,24 @@ TEST_SUITE("contract")
         CHECK(guarded_pow(10, 400) == infinity);
         CHECK(errno == 34);
         errno = 0;
+    }
+
+    TEST_CASE("a result tells of the same error as the runtime, but for one too small for a number")
+    {
+        const double values[] = {0,   -0.0, 1,    -1,       2.5,       -2.5, 3,          300,   -300,
+                                 710, 1e-5, 5e-9, infinity, -infinity, nan,  -1.0 / 3.0, 1e200, -1e200};
+        const auto agree = [](const char *function, double a, double b, double result) {
+            INFO(function << " of " << a << " and " << b << ": " << result);
+            if (result != 0) CHECK(platform::code_of(result, a, b) == errno);
+            errno = 0;
+        };
+        errno = 0;
+        for (const double a : values) {
+            agree("exp", a, 1, std::exp(a));
+            agree("log", a, 1, std::log(a));
+            agree("sqrt", a, 1, std::sqrt(a));
+            for (const double b : values) agree("pow", a, b, std::pow(a, b));
+        }
     }
 
     TEST_CASE("a square through guarded_pow is a call, not a product: its range error arrives")

@@ -17,7 +17,7 @@ def main():
     rows, reference, folder = map(pathlib.Path, sys.argv[1:])
     names = re.findall(r"^ROW(?:_OF)?\((\w+)", rows.read_text(), re.M)
     samples = {}
-    for table in reference.glob("*.toml"):
+    for table in reference.glob("*/*.toml"):
         entries = tomllib.loads(table.read_text())
         samples |= {name: entry["sample"] for name, entry in entries.items() if "sample" in entry}
     folder.mkdir(parents=True, exist_ok=True)

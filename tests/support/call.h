@@ -31,7 +31,7 @@ inline ModelFunc model(const char *name)
 
 class Call {
 public:
-    static constexpr int room = 64;
+    static constexpr int room = CURVEBANK_ROOM(32);
 
     /// A model by its catalogue name or, where it has no row, by its export name.
     Call(const std::string &name, std::initializer_list<double> parameters, std::initializer_list<double> variables)

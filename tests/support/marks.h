@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-#include "frame/model_func.h"
+#include "curvebank/model_func.h"
 
 namespace curvebank::test {
 

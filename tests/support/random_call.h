@@ -2,20 +2,22 @@
 
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <limits>
-#include <random>
 
-#include "frame/catalogue.h"
+#include "catalogue/catalogue.h"
 #include "tests/support/marks.h"
 
 namespace curvebank::test {
 
-constexpr int most_parameters = 60;  // of a random call: 20 peaks
-constexpr size_t room = 128;         // in every array of a call, with what models use beyond nParams
+constexpr int most_parameters = 60, fewest_parameters = -2;       // of a random call: 20 peaks, and none
+constexpr int guard = 4;                                          // entries to watch beyond what a call may touch
+constexpr size_t room = CURVEBANK_ROOM(most_parameters) + guard;  // of every array
 
 /// A call's arguments and everything that it can change.
 struct CallState {
@@ -61,11 +63,26 @@ inline bool alike(CallState a, CallState b)
     return same(a, b);
 }
 
+/// Random numbers and calls. Its state is its seed: a generator of its own for every call costs nothing, and any
+/// call can be made again alone.
 class Random {
 public:
-    explicit Random(uint64_t seed) : bits_(seed) {}
+    explicit Random(uint64_t seed) : state_(seed) {}
 
-    uint64_t below(uint64_t limit) { return bits_() % limit; }
+    /// 64 random bits (SplitMix64).
+    uint64_t bits()
+    {
+        uint64_t mixed = state_ += 0x9e3779b97f4a7c15;
+        mixed = (mixed ^ (mixed >> 30)) * 0xbf58476d1ce4e5b9;
+        mixed = (mixed ^ (mixed >> 27)) * 0x94d049bb133111eb;
+        return mixed ^ (mixed >> 31);
+    }
+
+    /// A number from 0 to limit-1, which has 32 bits at the most.
+    uint64_t below(uint64_t limit) { return ((bits() >> 32) * limit) >> 32; }
+
+    /// A number from 0 to 1, which it does not reach.
+    double fraction() { return static_cast<double>(bits() >> 11) * 0x1p-53; }
 
     /// A number of any kind, or a moderate positive one, with which most models get through.
     double number(bool moderate)
@@ -74,35 +91,56 @@ public:
         static constexpr double special[] = {0.0,    -0.0,   1.0,    -1.0,    2.0,          1e300,
                                              -1e300, 1e-300, 5e-324, -1e-308, infinity,     -infinity,
                                              NAN,    300.0,  -300.0, 700.0,   MISSING_VALUE};
-        const double u = static_cast<double>(bits_() >> 11) * 0x1p-53;
+        static constexpr double sizes[] = {1e-4, 1e-3, 1e-2, 0.1, 1, 10, 100, 1e3, 1e4, 1e5, 1e6, 1e7};
+        const double u = fraction();
         if (moderate) return 5 * u;
         if (below(2)) return special[below(std::size(special))];
-        return (u - 0.5) * std::pow(10.0, static_cast<double>(below(12)) - 4);
+        return (u - 0.5) * sizes[below(std::size(sizes))];
     }
 
-    /// Any call of a model. Many ask for neither a query nor an initialisation, one in three has a count of its
-    /// own, one in five has x on a parameter, and half find codes from before in the error variables.
-    CallState call(const ModelCatalogEntry &row)
+    /// Flags, count and error codes of any call. Many ask for neither a query nor an initialisation, few have flags
+    /// without a meaning, one in three has a count of its own, and half find codes from before in the error
+    /// variables.
+    void request(const ModelCatalogEntry &row, CallState &state)
     {
         static constexpr int32_t codes[] = {0, 0, 0, 33, 34, 11};
-        CallState state;
-        state.flags = static_cast<int16_t>(below(32));
-        if (below(4)) state.flags = static_cast<int16_t>(state.flags & ~(EVAL_INIT | EVAL_QUERY));
+        auto flags = below(32);
+        if (below(4)) flags &= ~uint64_t{EVAL_INIT | EVAL_QUERY};
+        if (below(32) == 0) flags |= bits() << 5;
+        state.flags = static_cast<int16_t>(flags);
         state.nParams = static_cast<int16_t>(row.nParams);
-        if (below(3) == 0) state.nParams = static_cast<int16_t>(static_cast<int>(below(most_parameters + 3)) - 2);
-        const uint64_t wild = below(4);  // how many of four numbers are of any kind
-        for (double &value : state.p) value = number(below(4) >= wild);
-        for (double &value : state.x) value = number(below(4) >= wild);
-        if (below(5) == 0) state.x[1] = state.p[1 + below(4)];
-        state.y.fill(untouched);
-        state.dy.fill(untouched);
+        if (below(3) == 0)
+            state.nParams = static_cast<int16_t>(fewest_parameters +
+                                                 static_cast<int>(below(most_parameters - fewest_parameters + 1)));
         state.runtime_code = codes[below(std::size(codes))];
         state.caller_code = codes[below(std::size(codes))];
+    }
+
+    /// The arguments p[1..last_p] and x[1..last_x] of any call. One in five has x on a parameter, one in eight two
+    /// equal parameters.
+    void arguments(CallState &state, size_t last_p, size_t last_x)
+    {
+        const uint64_t wild = below(4);  // how many of four numbers are of any kind
+        for (size_t i = 1; i <= last_p; ++i) state.p[i] = number(below(4) >= wild);
+        for (size_t i = 1; i <= last_x; ++i) state.x[i] = number(below(4) >= wild);
+        const auto parameter = [&]() -> double & { return state.p[1 + below(std::min<size_t>(last_p, 12))]; };
+        if (below(5) == 0) state.x[1] = parameter();
+        if (below(8) == 0) parameter() = parameter();
+    }
+
+    /// Any call of a model, its outputs untouched.
+    CallState call(const ModelCatalogEntry &row)
+    {
+        CallState state;
+        request(row, state);
+        arguments(state, room - 1, room - 1);
+        state.y.fill(untouched);
+        state.dy.fill(untouched);
         return state;
     }
 
 private:
-    std::mt19937_64 bits_;
+    uint64_t state_;
 };
 
 }  // namespace curvebank::test
