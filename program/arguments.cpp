@@ -6,6 +6,8 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "formula/evaluate.h"
+#include "formula/formula.h"
 #include "platform/error.h"
 
 namespace curvebank::program {
@@ -23,9 +25,12 @@ double parse_number(const std::string &text, const std::string &option)
 {
     double value = 0;
     const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || stop != text.data() + text.size())
+    if (error == std::errc() && stop == text.data() + text.size()) return value;
+    try {
+        return formula::evaluate<double>(formula::Formula::parse(text), {});
+    } catch (const formula::FormulaError &) {
         throw Error(fmt::format("{}: {} is no number", option, text));
-    return value;
+    }
 }
 
 std::vector<std::string> split(const std::string &text, char separator)
