@@ -99,6 +99,7 @@ End Descender::go(const std::vector<double> &start, const Descent &way)
     radius = first_radius * std::sqrt(here_.sum_of_squares());
 
     constexpr int most_refusals = 60;
+    const int most_slow = way.values == Values::fast ? 2 : 20;
     int refusals = 0, slow = 0;
     while (true) {
         if (here_.at_rounding) return End::rounding;
@@ -122,7 +123,7 @@ End Descender::go(const std::vector<double> &start, const Descent &way)
             if (!(there.projected < here_.projected) || !std::isfinite(after)) return End::no_step;
             slow = there.projected > 0.5 * here_.projected ? slow + 1 : 0;
             here_ = std::move(there);
-            if (slow > 20) return End::no_step;
+            if (slow > most_slow) return End::no_step;
             renew_metric();
             continue;
         }

@@ -41,6 +41,10 @@ private:
     double log_size() const { return std::log(standing.sum_of_squares()) + 2 * std::log(unit); }
 };
 
+/// The relative offset to go down to: four to five digits beyond the verdict's, so that the parameters have the digits
+/// that the data can give.
+constexpr double small_offset = 1e-11;
+
 class Fit {
 public:
     Fit(const Model &model, const Data &data, const Options &options)
@@ -81,7 +85,7 @@ private:
             return attempt;
         }
         const std::vector<double> near = projected ? start : from_sample(start);
-        const Descent down{Values::fast, Reduction::products, projected, 1e-7};
+        const Descent down{Values::fast, Reduction::products, projected, small_offset};
         attempt.end = descender.go(near, down);
         if (attempt.end == End::no_value && near != start) attempt.end = descender.go(start, down);
         if (attempt.end == End::no_value) {
@@ -89,6 +93,16 @@ private:
             return attempt;
         }
         settle(descender, attempt);
+        if (attempt.end == End::no_value && problem_.model().exact) {
+            // The formula went on where the contract has no values: once more by the contract alone.
+            attempt.end = descender.go(start, {Values::exact, Reduction::products, projected, small_offset});
+            if (attempt.end == End::no_value) {
+                attempt.standing.p = start;
+                attempt.notes.push_back(problem_.where_no_value(start));
+                return attempt;
+            }
+            settle(descender, attempt);
+        }
         std::vector<double> p = attempt.standing.p;
         if (make_canonical(problem_, p)) settle_at(descender, attempt, p);
         attempt.unit = problem_.residual_scale();
@@ -100,13 +114,12 @@ private:
     /// The last steps: values of the calling contract, an orthogonal factor, extended precision where it shows.
     void settle(Descender &descender, Attempt &attempt)
     {
-        constexpr double offset = 1e-11;
         const std::vector<double> p = descender.standing().p;
         if (attempt.end == End::stopped) {
             descender.stay(p, {Values::exact, Reduction::orthogonal});
         } else {
             if (!well_scaled(descender.standing())) problem_.prepare(p);
-            attempt.end = descender.go(p, {Values::exact, Reduction::orthogonal, false, offset});
+            attempt.end = descender.go(p, {Values::exact, Reduction::orthogonal, false, small_offset});
         }
         attempt.standing = descender.standing();
         attempt.spread = spread(attempt.standing.reduced, attempt.standing.held);
@@ -164,7 +177,7 @@ private:
         if (few.used() < 2 * problem.width() || !problem.prepare(start)) return start;
         Descender descender(problem, options_.max_iterations, watch());
         const End end = descender.go(start, {Values::fast, Reduction::products, false, 1e-2});
-        if (end != End::minimum && end != End::rounding) return start;
+        if (end != End::minimum && end != End::rounding && end != End::stopped) return start;
         const std::vector<double> &p = descender.standing().p;
         return problem_.sum_of_squares(p, Values::fast) < problem_.sum_of_squares(start, Values::fast) ? p : start;
     }

@@ -276,13 +276,10 @@ bool Problem::prepare(const std::vector<double> &p)
         load(worker, block, Values::fast, true);
         for (size_t k = 0; k < model_.outputs; ++k)
             for (size_t j = 0; j <= n; ++j) {
+                const double size = kernels().largest(worker.column(k, j), worker.rows);
+                if (j == n && std::isnan(size)) return false;
                 double &most = j < n ? largest[j] : largest_value;
-                const double *const column = worker.column(k, j);
-                for (size_t row = 0; row < worker.rows; ++row)
-                    if (std::isnan(column[row]) && j == n)
-                        return false;
-                    else
-                        most = std::max(most, std::fabs(column[row]));
+                if (size > most) most = size;
             }
     }
     // Residuals may be far greater than the data at a bad start, and must not overflow when squared.
