@@ -103,10 +103,14 @@ private:
             }
             settle(descender, attempt);
         }
+        attempt.iterations = descender.iterations();
+        if (attempt.end == End::no_value) {
+            attempt.notes.push_back(problem_.where_no_value(attempt.standing.p));
+            return attempt;
+        }
         std::vector<double> p = attempt.standing.p;
         if (make_canonical(problem_, p)) settle_at(descender, attempt, p);
         attempt.unit = problem_.residual_scale();
-        attempt.iterations = descender.iterations();
         attempt.verdict = judge(problem_, attempt.standing, attempt.end, attempt.spread, attempt.notes);
         return attempt;
     }
@@ -122,8 +126,9 @@ private:
             attempt.end = descender.go(p, {Values::exact, Reduction::orthogonal, false, small_offset});
         }
         attempt.standing = descender.standing();
+        if (attempt.end == End::no_value) return;
         attempt.spread = spread(attempt.standing.reduced, attempt.standing.held);
-        if (attempt.end == End::no_value || !needs_polish(attempt)) return;
+        if (!needs_polish(attempt)) return;
         descender.polish();
         settle_at(descender, attempt, descender.standing().p);
     }

@@ -223,6 +223,12 @@ TEST_CASE("a request that cannot be carried out is an error, a fit that cannot g
     CHECK(nowhere.verdict == Verdict::domain_left);
     CHECK(nowhere.notes.at(0) == "the model has no value at x = 1 with these parameters");
 
+    // From a start 200 orders of magnitude away.
+    Problem far{Model::catalogue("ExpDec1"), {steps(0, 10, 100)}, {}};
+    far.follow({1e200, 2e200, 2}, 1e198);
+    const Result there = far.run();
+    CHECK((!is_success(there.verdict) || there.r_squared > 0.99));
+
     Problem rational{Model::catalogue("Rational"), {steps(0, 10, 30)}, {}};  // a common factor cancels
     rational.follow({1, 2, 3, 0.5}, 1e-3);
     const Result free = rational.run();
