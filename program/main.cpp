@@ -15,7 +15,8 @@ int run(int argc, char **argv)
 {
     CLI::App app("Lists, shows, evaluates and fits the models of a Curvebank library.", "curvebank");
     app.require_subcommand(1);
-    app.footer("Exits with 0 on success, 1 after an error, 2 when a fit did not converge.");
+    app.footer(
+        "Exits with 0 on success, 1 after an error, 2 when a fit did not converge, 3 when --digits were not reached.");
 
     std::string filter, name;
     CLI::App *list_app = app.add_subcommand("list", "The models, a line each");

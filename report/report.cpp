@@ -15,6 +15,15 @@ std::string digits(double value, int count)
     return std::isnan(value) ? "-" : fmt::format("{:.{}g}", value, count);
 }
 
+/// The ends of an interval, with enough digits to see its width.
+std::string interval_text(const fit::Estimate &estimate)
+{
+    const double size = std::max(std::fabs(estimate.lower), std::fabs(estimate.upper));
+    const double width = estimate.upper - estimate.lower, beyond = width > 0 ? std::log10(size / width) : 0;
+    const int count = std::clamp(static_cast<int>(beyond) + 4, 8, 15);
+    return fmt::format("{:>16} {:>17}", digits(estimate.lower, count), digits(estimate.upper, count));
+}
+
 /// Orders by absolute value; a NaN is smaller than any number.
 bool smaller_in_size(double a, double b)
 {
@@ -80,10 +89,7 @@ std::string fit_report(const fit::Result &result, const ReportContext &context, 
     text +=
         fmt::format("{:<{}}  {:>21}  {:>14}  {:>34}\n", "Parameter", width, "Estimate", "Standard error", interval);
     for (const fit::Estimate &estimate : result.parameters) {
-        const std::string range =
-            std::isnan(estimate.lower)
-                ? std::string(note(estimate))
-                : fmt::format("{:>16} {:>17}", digits(estimate.lower, 8), digits(estimate.upper, 8));
+        const std::string range = std::isnan(estimate.lower) ? std::string(note(estimate)) : interval_text(estimate);
         text += fmt::format("{:<{}}  {:>21}  {:>14}  {:>34}\n", estimate.name, width, digits(estimate.value, 13),
                             digits(estimate.standard_error, 6), range);
     }
