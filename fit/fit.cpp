@@ -104,10 +104,14 @@ private:
             attempt.standing.p = start;
             return without_value(attempt);
         }
+        attempt.iterations = descender.iterations();
+        if (attempt.end == End::no_value) {
+            attempt.notes.push_back(problem_.where_no_value(attempt.standing.p));
+            return attempt;
+        }
         std::vector<double> p = attempt.standing.p;
         if (make_canonical(problem_, p)) settle_at(descender, attempt, p);
         attempt.unit = problem_.residual_scale();
-        attempt.iterations = descender.iterations();
         attempt.verdict = judge(problem_, attempt.standing, attempt.end, attempt.spread, attempt.notes);
         return attempt;
     }
@@ -147,6 +151,7 @@ private:
         }
         if (attempt.end == End::no_value) return;
         attempt.standing = descender.standing();
+        if (attempt.end == End::no_value) return;
         attempt.spread = spread(attempt.standing.reduced, attempt.standing.held);
         if (!needs_polish(attempt)) return;
         descender.polish();

@@ -7,6 +7,8 @@
 #include <boost/algorithm/string/split.hpp>
 #include <boost/algorithm/string/trim.hpp>
 
+#include "formula/evaluate.h"
+#include "formula/formula.h"
 #include "platform/error.h"
 #include "table/number.h"
 
@@ -14,9 +16,14 @@ namespace curvebank::program {
 
 double parse_number(const std::string &text, const std::string &option)
 {
-    const auto value = table::read_number(text);
-    if (!value) throw Error(fmt::format("{}: {} is no number", option, text));
-    return *value;
+    double value = 0;
+    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error == std::errc() && stop == text.data() + text.size()) return value;
+    try {
+        return formula::evaluate<double>(formula::Formula::parse(text), {});
+    } catch (const formula::FormulaError &) {
+        throw Error(fmt::format("{}: {} is no number", option, text));
+    }
 }
 
 std::vector<std::string> split(const std::string &text, char separator)
