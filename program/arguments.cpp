@@ -16,9 +16,7 @@ namespace curvebank::program {
 
 double parse_number(const std::string &text, const std::string &option)
 {
-    double value = 0;
-    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error == std::errc() && stop == text.data() + text.size()) return value;
+    if (const auto value = table::read_number(text)) return *value;
     try {
         return formula::evaluate<double>(formula::Formula::parse(text), {});
     } catch (const formula::FormulaError &) {
