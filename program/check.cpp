@@ -116,7 +116,6 @@ std::vector<InexactEntry> inexact_entries(const KnownModel &known, const std::ve
     const Columns own = evaluator.derivatives(p, x), exact = differences(known, called, p, x, y);
 
     const double noise = std::max(1e-7, 100 * about.tolerance);  // what the differences cannot resolve
-    const double value_size = largest(y);
     std::vector<InexactEntry> found;
     for (size_t i = 0; i < p.size(); ++i) {
         const double size = largest(exact[i]);
