@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <optional>
 
 #include "fit/canonical.h"
@@ -38,8 +39,16 @@ private:
     }
 
     /// Of the sum of squares, whose unit each attempt chooses for itself.
-    double log_size() const { return std::log(standing.sum_of_squares()) + 2 * std::log(unit); }
+    double log_size() const
+    {
+        if (end == End::no_value) return std::numeric_limits<double>::infinity();
+        return std::log(standing.sum_of_squares()) + 2 * std::log(unit);
+    }
 };
+
+/// The relative offset to go down to: four to five digits beyond the verdict's, so that the parameters have the digits
+/// that the data can give.
+constexpr double small_offset = 1e-11;
 
 class Fit {
 public:
@@ -76,41 +85,75 @@ private:
         Descender descender(problem_, options_.max_iterations, watch());
         Attempt attempt;
         attempt.standing.p = start;
-        if (!problem_.prepare(start)) {
-            attempt.notes.push_back(problem_.where_no_value(start));
-            return attempt;
-        }
+        if (!problem_.prepare(start)) return without_value(attempt);
         const std::vector<double> near = projected ? start : from_sample(start);
-        const Descent down{Values::fast, Reduction::products, projected, 1e-7};
+        const Descent down{Values::fast, Reduction::products, projected, small_offset};
         attempt.end = descender.go(near, down);
         if (attempt.end == End::no_value && near != start) attempt.end = descender.go(start, down);
+        descend_in_unit_of_data(descender, attempt.end, down);
+        if (attempt.end != End::no_value) settle(descender, attempt);
+        if (attempt.end == End::no_value && problem_.model().exact) {
+            // The formula went on where the contract has no values: once more by the contract alone.
+            problem_.prepare(start);
+            const Descent by_contract{Values::exact, Reduction::products, projected, small_offset};
+            attempt.end = descender.go(start, by_contract);
+            descend_in_unit_of_data(descender, attempt.end, by_contract);
+            if (attempt.end != End::no_value) settle(descender, attempt);
+        }
         if (attempt.end == End::no_value) {
-            attempt.notes.push_back(problem_.where_no_value(start));
+            attempt.standing.p = start;
+            return without_value(attempt);
+        }
+        attempt.iterations = descender.iterations();
+        if (attempt.end == End::no_value) {
+            attempt.notes.push_back(problem_.where_no_value(attempt.standing.p));
             return attempt;
         }
-        settle(descender, attempt);
         std::vector<double> p = attempt.standing.p;
         if (make_canonical(problem_, p)) settle_at(descender, attempt, p);
         attempt.unit = problem_.residual_scale();
-        attempt.iterations = descender.iterations();
         attempt.verdict = judge(problem_, attempt.standing, attempt.end, attempt.spread, attempt.notes);
         return attempt;
+    }
+
+    /// An attempt that ended at once, where its parameters are, with the reason.
+    Attempt without_value(Attempt &attempt)
+    {
+        const std::string place = problem_.where_no_value(attempt.standing.p);
+        attempt.verdict = place.empty() ? Verdict::overflow : Verdict::domain_left;
+        attempt.notes.push_back(place.empty() ? "the residuals or the derivatives are out of the range of numbers" : place);
+        return std::move(attempt);
+    }
+
+    /// A start far above the data sets a unit in which the squares of their residuals are 0. Each round takes as many
+    /// digits off it as a double has.
+    void descend_in_unit_of_data(Descender &descender, End &end, const Descent &down)
+    {
+        constexpr int most = 40;
+        for (int round = 0; round < most && !problem_.in_unit_of_data(); ++round) {
+            if (end == End::no_value || end == End::stopped || end == End::iteration_limit) return;
+            const std::vector<double> p = descender.standing().p;
+            const double before = problem_.residual_scale();
+            if (!problem_.prepare(p) || !(problem_.residual_scale() < before)) return;
+            end = descender.go(p, down);
+        }
     }
 
     /// The last steps: values of the calling contract, an orthogonal factor, extended precision where it shows.
     void settle(Descender &descender, Attempt &attempt)
     {
-        constexpr double offset = 1e-11;
         const std::vector<double> p = descender.standing().p;
         if (attempt.end == End::stopped) {
             descender.stay(p, {Values::exact, Reduction::orthogonal});
         } else {
             if (!well_scaled(descender.standing())) problem_.prepare(p);
-            attempt.end = descender.go(p, {Values::exact, Reduction::orthogonal, false, offset});
+            attempt.end = descender.go(p, {Values::exact, Reduction::orthogonal, false, small_offset});
         }
+        if (attempt.end == End::no_value) return;
         attempt.standing = descender.standing();
+        if (attempt.end == End::no_value) return;
         attempt.spread = spread(attempt.standing.reduced, attempt.standing.held);
-        if (attempt.end == End::no_value || !needs_polish(attempt)) return;
+        if (!needs_polish(attempt)) return;
         descender.polish();
         settle_at(descender, attempt, descender.standing().p);
     }
@@ -164,7 +207,7 @@ private:
         if (few.used() < 2 * problem.width() || !problem.prepare(start)) return start;
         Descender descender(problem, options_.max_iterations, watch());
         const End end = descender.go(start, {Values::fast, Reduction::products, false, 1e-2});
-        if (end != End::minimum && end != End::rounding) return start;
+        if (end != End::minimum && end != End::rounding && end != End::stopped) return start;
         const std::vector<double> &p = descender.standing().p;
         return problem_.sum_of_squares(p, Values::fast) < problem_.sum_of_squares(start, Values::fast) ? p : start;
     }

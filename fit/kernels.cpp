@@ -117,6 +117,19 @@ void reduce(double *columns, size_t rows, size_t width, double *triangle)
     }
 }
 
+double largest(const double *column, size_t rows)
+{
+    Lanes most = {}, poison = {};
+    for (size_t row = 0; row < rows; row += lanes) {
+        const Lanes value = load(column + row), size = value < 0 ? -value : value;
+        most = size > most ? size : most;
+        poison += value - value;  // NaN for an infinity too
+    }
+    double result = 0;
+    for (size_t i = 0; i < lanes; ++i) result = most[i] > result ? most[i] : result;
+    return sum(poison) == 0 || result > 1.7e308 ? result : sum(poison);
+}
+
 void scale(double *columns, size_t rows, size_t width, const double *scale, const double *factor)
 {
     for (size_t j = 0; j < width; ++j) {
@@ -132,7 +145,7 @@ void scale(double *columns, size_t rows, size_t width, const double *scale, cons
 }  // namespace
 
 extern const Kernels table;
-const Kernels table = {add_products, reduce, scale};
+const Kernels table = {add_products, reduce, largest, scale};
 
 }  // namespace CURVEBANK_KERNELS
 }  // namespace curvebank::fit

@@ -20,6 +20,9 @@ struct Kernels {
     /// replaces it. The columns are used up.
     void (*reduce)(double *columns, size_t rows, size_t width, double *triangle);
 
+    /// The largest size of a number in a column; NaN where one is.
+    double (*largest)(const double *column, size_t rows);
+
     /// columns[j] = scale[j] * columns[j], row by row times factor where it is not null.
     void (*scale)(double *columns, size_t rows, size_t width, const double *scale, const double *factor);
 };

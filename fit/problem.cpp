@@ -276,19 +276,17 @@ bool Problem::prepare(const std::vector<double> &p)
         load(worker, block, Values::fast, true);
         for (size_t k = 0; k < model_.outputs; ++k)
             for (size_t j = 0; j <= n; ++j) {
+                const double size = kernels().largest(worker.column(k, j), worker.rows);
+                if (j == n && std::isnan(size)) return false;
                 double &most = j < n ? largest[j] : largest_value;
-                const double *const column = worker.column(k, j);
-                for (size_t row = 0; row < worker.rows; ++row)
-                    if (std::isnan(column[row]) && j == n)
-                        return false;
-                    else
-                        most = std::max(most, std::fabs(column[row]));
+                if (size > most) most = size;
             }
     }
     // Residuals may be far greater than the data at a bad start, and must not overflow when squared.
     constexpr double too_great = 1e100;
     const double data = points_.largest_y();
-    residual_scale_ = power_of_two(data > 0 && largest_value < too_great * data ? data : largest_value);
+    in_unit_of_data_ = data == 0 || largest_value < too_great * data;
+    residual_scale_ = power_of_two(data > 0 && in_unit_of_data_ ? data : largest_value);
     for (size_t j = 0; j < n; ++j) {
         const double size = std::fabs(p[parameters_.varied()[j]]);
         scale_[j] = largest[j] > 0 && std::isfinite(largest[j]) ? residual_scale_ / power_of_two(largest[j])
@@ -341,7 +339,7 @@ std::string Problem::where_no_value(const std::vector<double> &p)
                     return "the model has no value at " + place + " with these parameters";
                 }
     }
-    return "the squares of the residuals are out of range";
+    return "";
 }
 
 double Problem::rounding(const std::vector<double> &p, const Reduced<double> &reduced) const

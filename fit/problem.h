@@ -37,6 +37,8 @@ public:
     /// A parameter is its scaled number times scale(j), a residual times residual_scale().
     double scale(size_t j) const { return scale_[j]; }
     double residual_scale() const { return residual_scale_; }
+    /// Whether that is the size of the data, not of residuals that are far greater.
+    bool in_unit_of_data() const { return in_unit_of_data_; }
 
     /// One pass over all points at parameters p (all of them, in the model's units). Where the model has no value the
     /// sum of squares is not finite.
@@ -53,7 +55,7 @@ public:
     /// The values at a few of the points by the calling contract, where there is one.
     std::vector<double> values_at_some(const std::vector<double> &p);
 
-    /// A sentence that names the first point without a value.
+    /// A sentence that names the first point without a value; empty where all points have one.
     std::string where_no_value(const std::vector<double> &p);
 
     /// Those of the varied parameters (by their places among them) that the value is linear in, where these are some but
@@ -86,6 +88,7 @@ private:
     std::vector<double> scale_;
     std::vector<double> factor_;  ///< of every column of J | r: from the model's units to scaled ones
     double residual_scale_ = 1, size_of_data_ = 0;
+    bool in_unit_of_data_ = true;
     bool repair_ = false;  ///< derivatives that are not there are taken by differences
     std::vector<std::unique_ptr<Worker>> workers_;
     std::vector<double> p_;                  ///< of the pass under way, and the slopes of its ties

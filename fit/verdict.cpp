@@ -49,7 +49,7 @@ std::vector<size_t> running_away(const Problem &problem, const Standing &standin
 {
     std::vector<size_t> found;
     const double degrees = static_cast<double>(problem.residuals()) - static_cast<double>(problem.width());
-    if (!(degrees > 0)) return found;
+    if (!(degrees > 0) || problem.model().implicit) return found;
     const double sd = std::sqrt(standing.sum_of_squares() / degrees);
     for (size_t j = 0; j < problem.width(); ++j) {
         if (standing.held[j]) continue;

@@ -7,6 +7,7 @@
 namespace curvebank::formula {
 
 /// X(name, operands, text): the text is the function's name in a formula, or the operator's sign.
+/// From erf on they are functions for which a library is called.
 /// gammap_shape and gammap_density are the partial derivatives of gammap in its first and second argument.
 #define CURVEBANK_OPERATIONS(X)            \
     X(constant, 0, "")                     \

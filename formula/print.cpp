@@ -284,7 +284,7 @@ Style latex_style()
                                 "\\begin{cases} $b0 & \\text{if } $a0 \\\\ $c0 & \\text{otherwise} \\end{cases}"};
     style[Operation::logical_or] = {1, "$a1 \\lor $b2"};
     style[Operation::logical_and] = {2, "$a2 \\land $b3"};
-    style[Operation::logical_not] = {3, "\\lnot $a4"};
+    style[Operation::logical_not] = {3, "\\lnot $a5"};
     style[Operation::less] = {4, "$a5 < $b5"};
     style[Operation::less_equal] = {4, "$a5 \\le $b5"};
     style[Operation::greater] = {4, "$a5 > $b5"};
@@ -350,7 +350,7 @@ Style mathml_style()
                                 "<mtd><mtext>otherwise</mtext></mtd></mtr></mtable></mrow>"};
     style[Operation::logical_or] = {1, "$a1" + sign("∨") + "$b2"};
     style[Operation::logical_and] = {2, "$a2" + sign("∧") + "$b3"};
-    style[Operation::logical_not] = {3, sign("¬") + "$a4"};
+    style[Operation::logical_not] = {3, sign("¬") + "$a5"};
     style[Operation::less] = {4, "$a5" + sign("&lt;") + "$b5"};
     style[Operation::less_equal] = {4, "$a5" + sign("≤") + "$b5"};
     style[Operation::greater] = {4, "$a5" + sign("&gt;") + "$b5"};
