@@ -10,8 +10,18 @@ function(run)
 endfunction()
 
 set(host_says "y = 2.75, dy/dp1 = 1, dy/dp2 = 0.5, dy/dp3 = 0.25\n")
-set(fit_c_says "")
-set(fit_cpp_says "")
+set(fit_c_says "converged
+y0 = 1.0149 +- 0.064
+xc = 4.3305 +- 0.025
+w = 1.053 +- 0.032
+A = 5.0639 +- 0.12
+")
+set(fit_cpp_says "converged
+a = 7.5518 +- 0.19
+b = 0.40921 +- 0.028
+c = 1.4993 +- 0.2
+t_half = 1.6939 +- 0.12
+")
 function(expect program folder)
     run(COMMAND ${folder}/${program} OUTPUT output)
     if(NOT output STREQUAL ${program}_says)
