@@ -119,14 +119,14 @@ End Descender::go(const std::vector<double> &start, const Descent &way)
 
         // So near a minimum that the sum of squares no longer tells: the projection does.
         const double before = here_.sum_of_squares(), after = there.sum_of_squares();
-        if (step.predicted <= 64 * epsilon * before || (std::fabs(before - after) <= 1e-9 * before && step.predicted <= 1e-9 * before)) {
+        const double blur = 4 * problem_.rounding(here_.p, here_.reduced) * std::sqrt(before);
+        if (step.predicted <= std::max(64 * epsilon * before, blur)) {
             // Where residuals are large and curved, a whole step leads past the minimum.
             if (!(there.projected < here_.projected) || !std::isfinite(after)) {
-                if (++refusals > most_refusals) return End::no_step;
+                if (++slow > most_slow) return End::no_step;
                 radius = 0.25 * std::min(radius, step.length);
                 continue;
             }
-            refusals = 0;
             slow = there.projected > 0.5 * here_.projected ? slow + 1 : 0;
             here_ = std::move(there);
             if (slow > most_slow) return End::no_step;

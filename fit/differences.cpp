@@ -11,37 +11,46 @@ constexpr double none = std::numeric_limits<double>::quiet_NaN();
 
 using Column = std::vector<double>;
 
-/// The best estimate so far at every point of an output, and its error.
-struct Best {
-    Column derivative, error, before;  ///< before: the plain difference of the step before, whose step was twice as long
+constexpr double step_ratio = 4;
 
-    explicit Best(size_t count)
-        : derivative(count, none), error(count, std::numeric_limits<double>::infinity()), before(count, none)
-    {
-    }
-
-    void offer(size_t point, double difference, double rounding)
-    {
-        const double extrapolated = difference + (difference - before[point]) / (step_ratio * step_ratio - 1);
-        const double estimate = std::fabs(extrapolated - difference) + rounding;
-        if (estimate < error[point]) {
-            derivative[point] = extrapolated;
-            error[point] = estimate;
-        } else if (std::isnan(derivative[point]) && std::isfinite(difference)) {
-            derivative[point] = difference;
-        }
-        before[point] = difference;
-    }
-
-    static constexpr double step_ratio = 4;
+/// The plain differences of one step at every point of an output, and what rounding makes of them.
+struct Level {
+    Column difference, rounding;
 };
+
+/// Of a ladder of differences at one point, the smallest step first: each is extrapolated from the next, and the one taken is
+/// closest to all smaller steps beside their rounding. Smaller steps are right but for rounding; larger ones may
+/// agree among each other because they both miss the feature.
+double best_of(const std::vector<Level> &ladder, size_t point)
+{
+    double best = none, least = std::numeric_limits<double>::infinity();
+    std::vector<double> estimates, roundings;
+    for (size_t k = 0; k < ladder.size(); ++k) {
+        const double here = ladder[k].difference[point], rounding = ladder[k].rounding[point];
+        if (!std::isfinite(here)) continue;
+        const double next = k + 1 < ladder.size() ? ladder[k + 1].difference[point] : none;
+        const double extrapolated =
+            std::isfinite(next) ? here + (here - next) / (step_ratio * step_ratio - 1) : here;
+        double error = 0;
+        for (size_t i = 0; i < estimates.size(); ++i)
+            error = std::max(error, std::fabs(extrapolated - estimates[i]) - roundings[i]);
+        error += rounding;
+        if (error < least || estimates.empty()) {
+            least = error;
+            best = extrapolated;
+        }
+        estimates.push_back(extrapolated);
+        roundings.push_back(rounding);
+    }
+    return best;
+}
 
 }  // namespace
 
 void difference(const Source &source, Source::Memory &memory, std::vector<double> p, size_t j, const double *const *x, size_t count,
                 double *const *value, double *const *derivative, size_t outputs)
 {
-    const double centre = p[j], size = centre != 0 ? std::fabs(centre) : 1;
+    const double centre = p[j];
     std::vector<Column> low(outputs, Column(count)), high(outputs, Column(count));
     std::vector<double *> to_low, to_high;
     for (size_t k = 0; k < outputs; ++k) to_low.push_back(low[k].data()), to_high.push_back(high[k].data());
@@ -50,28 +59,48 @@ void difference(const Source &source, Source::Memory &memory, std::vector<double
         source.set_parameters(memory, p.data());
         source.run(memory, x, count, to.data(), nullptr);
     };
+    const auto changes = [&](double step) {
+        values_at(step, to_high);
+        for (size_t k = 0; k < outputs; ++k)
+            for (size_t i = 0; i < count; ++i)
+                if (!(std::fabs(high[k][i] - value[k][i]) <= epsilon * std::fabs(value[k][i]))) return true;
+        return false;
+    };
 
-    std::vector<Best> best(outputs, Best(count));
-    for (double step = size / 4; step > 1e3 * epsilon * size; step /= Best::step_ratio) {
+    // Rounding of the parameter ends the ladder; of one that is 0, where the values no longer change.
+    double least = 1e3 * epsilon * std::fabs(centre);
+    int levels = 20;
+    if (centre == 0) {
+        int unseen = -1000, seen = 1000;
+        while (seen - unseen > 1) (changes(std::ldexp(1.0, (seen + unseen) / 2)) ? seen : unseen) = (seen + unseen) / 2;
+        least = std::ldexp(1.0, seen);
+        levels = 27;
+    }
+
+    std::vector<std::vector<Level>> ladders(outputs);
+    for (double step = least; levels > 0; step *= step_ratio, --levels) {
         const double p_low = centre - step, p_high = centre + step;
         values_at(p_low, to_low);
         values_at(p_high, to_high);
-        for (size_t k = 0; k < outputs; ++k)
+        for (size_t k = 0; k < outputs; ++k) {
+            Level level{Column(count, none), Column(count)};
             for (size_t i = 0; i < count; ++i) {
                 const double a = low[k][i], b = high[k][i], here = value[k][i];
-                const double rounding = epsilon * (std::fabs(a) + std::fabs(b)) / (p_high - p_low);
+                level.rounding[i] = 8 * epsilon * (std::fabs(here) + std::max(std::fabs(a), std::fabs(b))) / (p_high - p_low);
                 if (std::isfinite(a) && std::isfinite(b))
-                    best[k].offer(i, (b - a) / (p_high - p_low), rounding);
+                    level.difference[i] = (b - a) / (p_high - p_low);
                 else if (std::isfinite(b))
-                    best[k].offer(i, (b - here) / (p_high - centre), rounding);
+                    level.difference[i] = (b - here) / (p_high - centre);
                 else if (std::isfinite(a))
-                    best[k].offer(i, (here - a) / (centre - p_low), rounding);
+                    level.difference[i] = (here - a) / (centre - p_low);
             }
+            ladders[k].push_back(std::move(level));
+        }
     }
     p[j] = centre;
     source.set_parameters(memory, p.data());
     for (size_t k = 0; k < outputs; ++k)
-        if (derivative[k]) std::copy(best[k].derivative.begin(), best[k].derivative.end(), derivative[k]);
+        for (size_t i = 0; derivative[k] && i < count; ++i) derivative[k][i] = best_of(ladders[k], i);
 }
 
 void fill_missing(const Source &source, Source::Memory &memory, const std::vector<double> &p, const Points::Block &block,

@@ -10,11 +10,11 @@
 namespace curvebank::fit {
 
 /// The derivative of the values with respect to parameter j at the points of a block: central differences in a ladder of
-/// steps, each extrapolated from its neighbour (second order becomes fourth), of which every point takes the one with
-/// the least estimated error. The ladder reaches from the size of the parameter, or of 1, to where its rounding ends
-/// it, so that a position of 2459003 with a width of 1 is as good as one of 0.
+/// steps, each extrapolated from its neighbour (second order becomes fourth), of which every point takes the one that
+/// the smaller steps bear out best. The ladder begins where rounding of the parameter ends it, so that a position
+/// of 2459003 with a width of 1 is as good as one of 0.
 /// value[k] holds the values at p; derivative[k] receives the derivatives of output k. NaN where no step has values on
-/// both sides, nor on one.
+/// either side.
 void difference(const Source &source, Source::Memory &memory, std::vector<double> p, size_t j, const double *const *x, size_t count,
                 double *const *value, double *const *derivative, size_t outputs);
 
