@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace curvebank::formula {
@@ -71,5 +72,11 @@ enum class Operation : uint8_t {
     CURVEBANK_OPERATIONS(CURVEBANK_ENUMERATOR)
 #undef CURVEBANK_ENUMERATOR
 };
+
+constexpr size_t operation_count = 0
+#define CURVEBANK_ONE(name, operands, text) +1
+    CURVEBANK_OPERATIONS(CURVEBANK_ONE)
+#undef CURVEBANK_ONE
+    ;
 
 }  // namespace curvebank::formula

@@ -12,7 +12,6 @@ namespace curvebank::formula {
 namespace {
 
 constexpr size_t longest = 16'000'000;
-constexpr size_t operation_count = static_cast<size_t>(Operation::besseli1) + 1;
 
 /// In a pattern, $a5 is the first operand, in brackets if it binds less tightly than level 5; $b and $c the others.
 /// @a is the first operand, or its operands if it is the same operation.

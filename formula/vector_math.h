@@ -283,8 +283,20 @@ V power_of_anything(V x, V y)
     return xsimd::select(y == 0.0 || x == 1.0, V(1.0), z);
 }
 
+/// The C library's function lane by lane.
+V by_lanes(V x, V y, double (*scalar)(double, double))
+{
+    double a[V::size], b[V::size], results[V::size];
+    x.store_unaligned(a);
+    y.store_unaligned(b);
+    for (size_t i = 0; i < V::size; ++i) results[i] = scalar(a[i], b[i]);
+    return V::load_unaligned(results);
+}
+
 V power_of(V x, V y)
 {
+    // Two lanes are too few to pay for exact products by halves.
+    if constexpr (!fused) return by_lanes(x, y, ::pow);
     if (xsimd::all(x >= least_normal && x < infinity && absolute(y) < 0x1p70))
         return exp_of_multiple(extended_log(x, V(0.0)), y);
     return power_of_anything(x, y);

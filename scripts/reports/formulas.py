@@ -40,8 +40,8 @@ class Formula:
         sample = entry["sample"]
         self.name = name
         self.values = [float(value) for value in sample["p"]]
-        once = [name for name, _ in entry.get("parameters", [])]
-        repeated = [name for name, _ in entry.get("repeated", [])]
+        once = [name for name, *_ in entry.get("parameters", [])]
+        repeated = [name for name, *_ in entry.get("repeated", [])]
         terms = (len(self.values) - len(once)) // len(repeated) if repeated else 0
         if name == "Gauss" and terms == 1:  # two terms, as the goals have it
             terms = 2
