@@ -128,6 +128,7 @@ End Descender::go(const std::vector<double> &start, const Descent &way)
                 continue;
             }
             slow = there.projected > 0.5 * here_.projected ? slow + 1 : 0;
+            radius = std::max(radius, 2 * step.length);
             here_ = std::move(there);
             if (slow > most_slow) return End::no_step;
             renew_metric();
