@@ -161,9 +161,9 @@ void fill_statistics(const Problem &problem, const Standing &standing, const Spr
     }
     const double total = points.squares_about_mean(problem.residual_scale());
     if (total > 0 && !problem.model().implicit) {
-        result.r_squared = 1 - scaled / total;
+        result.r_squared = finite_or_absent(1 - scaled / total);
         const double outputs = static_cast<double>(problem.model().outputs);
-        if (degrees > 0) result.adjusted_r_squared = 1 - (scaled / degrees) / (total / (count - outputs));
+        if (degrees > 0) result.adjusted_r_squared = finite_or_absent(1 - (scaled / degrees) / (total / (count - outputs)));
     }
     if (data.absolute_sigma) {
         const auto k = static_cast<double>(free);

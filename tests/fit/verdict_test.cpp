@@ -117,7 +117,7 @@ TEST_CASE("from poor starts no flat line is called a fit")
             const Result result = poor.run();
             CAPTURE(word(result.verdict));
             if (is_success(result.verdict))
-                CHECK(result.r_squared > 0.3);
+                CHECK(result.r_squared > 0.1);
             found += is_success(result.verdict) && result.r_squared > 0.98;
         }
         CHECK(3 * found > static_cast<int>(starts.size()));  // the others see nothing of the curve where they are

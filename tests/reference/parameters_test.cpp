@@ -15,12 +15,11 @@
 #include <doctest/doctest.h>
 
 #include "reference/reference.h"
-#include "tests/support/model_formula.h"
+#include "tests/support/transformed.h"
 
 using namespace curvebank;
 using reference::Kind;
 using reference::ModelReference;
-using reference::ParameterReference;
 using reference::UnitReference;
 
 namespace {
@@ -33,32 +32,6 @@ double uniform(double low, double high)
     return std::uniform_real_distribution(low, high)(generator);
 }
 
-/// A model as its entry describes it, with two terms where they repeat.
-struct Model {
-    explicit Model(const ModelReference &about)
-        : entry(about), sample(sample_of(about, 2)), parameters(about.names(static_cast<int>(sample.size())))
-    {
-        outputs = entry.second.empty() ? 1 : 2;
-        const auto independent = static_cast<size_t>(entry.variable_count());
-        for (size_t i = 0; i < independent; ++i) variables.emplace_back(ModelReference::variables[i]);
-        for (size_t i = 0; i < outputs && !entry.implicit; ++i)
-            values.emplace_back(ModelReference::variables[independent + i]);
-    }
-
-    /// The number of the term that parameter i is of, from 1; 0 for those that are there once.
-    size_t term_of(size_t i) const
-    {
-        const size_t once = entry.parameters.size();
-        return i < once ? 0 : (i - once) / entry.repeated.size() + 1;
-    }
-
-    const ModelReference &entry;
-    Numbers sample;
-    std::vector<reference::NamedParameter> parameters;
-    std::vector<std::string> variables, values;
-    size_t outputs;
-};
-
 Numbers near(const Numbers &p, double share)
 {
     Numbers moved = p;
@@ -69,7 +42,7 @@ Numbers near(const Numbers &p, double share)
 /// How far the curve of other parameters, at places that a change of variables leads to, is off what that change
 /// makes of the values: at most, relative to the largest of these. Begins at the sample, then goes near it.
 template <typename Change>
-double worst_error(const Model &model, Change change)
+double worst_error(const DescribedModel &model, Change change)
 {
     double worst = 0;
     for (int trial = 0; trial < 4; ++trial) {
@@ -98,106 +71,30 @@ double worst_error(const Model &model, Change change)
     return worst;
 }
 
-struct Unit {
-    enum Form { product, logarithm, decadic_logarithm, exponential, sum } form = product;
-    std::string factor, summand;  ///< the summand with its sign
-
-    explicit Unit(std::string_view text) : factor(text)
-    {
-        const auto inside = [&](std::string_view function, Form wrapped) {
-            if (!text.starts_with(function) || !text.ends_with(')')) return;
-            form = wrapped;
-            factor = text.substr(function.size(), text.size() - function.size() - 1);
-        };
-        inside("ln(", logarithm);
-        inside("log10(", decadic_logarithm);
-        inside("exp(", exponential);
-        const size_t sign = std::min(text.find(" + "), text.find(" - "));
-        if (sign == text.npos) return;
-        form = sum;
-        factor = text.substr(0, sign);
-        summand = std::string(text.substr(sign + 1, 1)) + std::string(text.substr(sign + 3));
-        if (summand[0] == '+') summand.erase(0, 1);
-    }
-
-    /// The quantity after its variables took the factors.
-    double apply(double quantity, const Values &factors) const
-    {
-        const double by = evaluate(factor, factors);
-        switch (form) {
-            case product:
-                return quantity * by;
-            case logarithm:
-                return quantity + std::log(by);
-            case decadic_logarithm:
-                return quantity + std::log10(by);
-            case exponential:
-                return std::pow(quantity, by);
-            case sum:
-                break;
-        }
-        return quantity * by + evaluate(summand, factors);
-    }
-};
-
-bool fixed_unit(std::string_view text)
-{
-    return text == "kelvin" || text == "volt" || text == "concentration";
-}
-
 /// The error of the scaling law: every variable takes a factor, the parameters what their units make of it.
-double scaling_error(const Model &model, std::span<const UnitReference> ties)
+double scaling_error(const DescribedModel &model, std::span<const UnitReference> ties)
 {
     return worst_error(model, [&](const Numbers &p) {
-        Values factors = {{"kelvin", 1}, {"volt", 1}, {"concentration", 1}};
+        Values wished;
         for (const auto &names : {model.variables, model.values})
-            for (const std::string &name : names) factors[name] = std::exp(uniform(-1.2, 1.2));
-        std::map<std::string, Unit> units;
-        for (const auto &[variable, expression] : ties) {
-            const Unit unit(expression);
-            if (unit.form != Unit::product)
-                factors[std::string(variable)] = 1;
-            else if (variable != "residual")
-                factors[std::string(variable)] = evaluate(unit.factor, factors);
-            units.emplace(variable, unit);
-        }
-        const auto seen = [&](const Numbers &numbers, size_t i) {
-            Values names = scope(model.entry, numbers, model.term_of(i));
-            for (const auto &[name, factor] : factors) names[name] = factor;
-            return names;
+            for (const std::string &name : names) wished[name] = std::exp(uniform(-1.2, 1.2));
+        const Scaling scaling(model, ties, wished);
+        const auto place = [scaling](const std::string &name, double number) {
+            return number * scaling.factors.at(name);
         };
-        // Sums see the other parameters as they have become.
-        Numbers scaled = p;
-        for (const bool sums : {false, true}) {
-            const Numbers seen_numbers = scaled;
-            for (size_t i = 0; i < p.size(); ++i)
-                if (const Unit unit(model.parameters[i].about->unit); (unit.form == Unit::sum) == sums)
-                    scaled[i] = unit.apply(p[i], seen(seen_numbers, i));
-        }
-        const auto place = [factors](const std::string &name, double number) { return number * factors.at(name); };
-        const auto value = [factors, units, &model](double number, size_t output) {
-            const std::string name = model.entry.implicit ? "residual" : model.values[output];
-            const auto tie = units.find(name);
-            return (tie == units.end() ? Unit(name) : tie->second).apply(number, factors);
-        };
-        return std::tuple(scaled, place, value);
+        const auto value = [scaling](double number, size_t output) { return scaling.value(number, output); };
+        return std::tuple(scaling.parameters(p), place, value);
     });
 }
 
 /// The error of the law of shifts along a variable.
-double shift_error(const Model &model, const std::string &variable)
+double shift_error(const DescribedModel &model, const std::string &variable)
 {
     const bool of_value = std::find(begin(model.values), end(model.values), variable) != end(model.values);
     return worst_error(model, [&](const Numbers &p) {
         const double by = uniform(0.3, 0.9);
         Numbers shifted = p;
-        for (size_t i = 0; i < p.size(); ++i) {
-            const ParameterReference &about = *model.parameters[i].about;
-            if (about.unit.substr(0, about.unit.find(' ')) != variable) continue;
-            if (of_value && about.kind == Kind::level && model.term_of(i) <= 1) shifted[i] += by;
-            if (!of_value && (about.kind == Kind::position || about.kind == Kind::abscissa)) shifted[i] += by;
-            if (!of_value && about.kind == Kind::reversed_position) shifted[i] -= by;
-        }
+        for (size_t i = 0; i < p.size(); ++i) shifted[i] += by * share_of_shift(model, variable, i);
         const auto place = [=](const std::string &name, double number) {
             return number + (name == variable ? by : 0);
         };
@@ -220,7 +117,7 @@ double bisect(double inside, double outside, Function is_inside)
 
 /// The full width at half maximum of the highest peak in the sample range, found on the curve of one term without
 /// its baseline.
-double width_on_curve(const Model &model, Numbers p, size_t output)
+double width_on_curve(const DescribedModel &model, Numbers p, size_t output)
 {
     p.resize(model.entry.parameters.size() + model.entry.repeated.size());
     for (size_t i = 0; i < p.size(); ++i)
@@ -257,7 +154,7 @@ TEST_CASE("units: scaled variables and parameters give the scaled curve")
     for (const ModelReference &entry : reference::models) {
         if (entry.placeholder) continue;
         CAPTURE(entry.name);
-        const Model model(entry);
+        const DescribedModel model(entry);
         CHECK(scaling_error(model, entry.units) < 1e-9);
         CHECK(entry.implicit == std::any_of(begin(entry.units), end(entry.units),
                                             [](const auto &tie) { return tie.variable == "residual"; }));
@@ -278,7 +175,7 @@ TEST_CASE("kinds: the curve shifts with its positions and levels along the varia
     for (const ModelReference &entry : reference::models) {
         if (entry.placeholder) continue;
         CAPTURE(entry.name);
-        const Model model(entry);
+        const DescribedModel model(entry);
         for (const auto &names : {model.variables, model.values})
             for (const std::string &name : names) {
                 const bool listed = std::find(begin(entry.shifts), end(entry.shifts), name) != end(entry.shifts);
@@ -290,7 +187,7 @@ TEST_CASE("kinds: the curve shifts with its positions and levels along the varia
 TEST_CASE("ranges hold at the sample")
 {
     for (const ModelReference &entry : reference::models) {
-        const Model model(entry);
+        const DescribedModel model(entry);
         for (size_t i = 0; i < entry.sample_parameters.size(); ++i) {
             const auto [low, high] = model.parameters[i].about->range;
             const double number = entry.sample_parameters[i];
@@ -304,7 +201,7 @@ TEST_CASE("full widths at half maximum are those of the curve")
 {
     for (const ModelReference &entry : reference::models) {
         CAPTURE(entry.name);
-        const Model model(entry);
+        const DescribedModel model(entry);
         const std::pair<std::string_view, size_t> widths[] = {{entry.fwhm, 0}, {entry.fwhm_second, 1}};
         for (const auto &[width, output] : widths) {
             if (width.empty()) continue;
