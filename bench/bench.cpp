@@ -18,8 +18,7 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/bare_loops.h"
-#include "fit/known_model.h"
-#include "program/installed_library.h"
+#include "program/known_model.h"
 
 using namespace curvebank;
 
@@ -63,11 +62,11 @@ struct Points {
 };
 
 /// The parameters of a call; models of repeated terms are called with that many of them.
-int count(const fit::KnownModel &known, int terms = 1)
+int count(const program::KnownModel &known, int terms = 1)
 {
     const auto once = static_cast<int>(known.about->parameters.size());
     const auto repeated = static_cast<int>(known.about->repeated.size());
-    return repeated == 0 ? known.model.nParams : once + repeated * terms;
+    return repeated == 0 ? known.nParams : once + repeated * terms;
 }
 
 /// The distance from point to point: at least that of the bare loops.
@@ -81,25 +80,25 @@ void count_calls(benchmark::State &state)
     state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(points));
 }
 
-void time_model(benchmark::State &state, const fit::KnownModel &known, int flags)
+void time_model(benchmark::State &state, const program::KnownModel &known, int flags)
 {
     Points data(*known.about,
                 room(std::max(count(known), static_cast<int>(known.about->sample_parameters.size()))));
     for (auto _ : state) {
-        data.call(known.model.function, flags, count(known));
+        data.call(known.function, flags, count(known));
         benchmark::ClobberMemory();
     }
     count_calls(state);
 }
 
-void time_peaks(benchmark::State &state, const fit::KnownModel &known)
+void time_peaks(benchmark::State &state, const program::KnownModel &known)
 {
     const int peaks = static_cast<int>(state.range(0));
     const auto &about = *known.about;
     const int nParams = count(known, peaks);
     Points data(about, room(count(known, most_peaks)), peaks);
     for (auto _ : state) {
-        data.call(known.model.function, EVAL_DERIVS, nParams);
+        data.call(known.function, EVAL_DERIVS, nParams);
         benchmark::ClobberMemory();
     }
     count_calls(state);
@@ -116,16 +115,16 @@ void time_bare_loop(benchmark::State &state, const reference::ModelReference &ab
 }
 
 /// Throws unless a bare loop computes what its model computes.
-void compare(const fit::KnownModel &known, const bench::BareLoop &bare)
+void compare(const program::KnownModel &known, const bench::BareLoop &bare)
 {
     const auto agree = [&](int flags, bench::BareLoop::Function loop) {
         Points ours(*known.about, bench::stride), theirs = ours;
-        ours.call(known.model.function, flags, count(known));
+        ours.call(known.function, flags, count(known));
         loop(theirs.p.data(), theirs.x.data(), theirs.y.data(), theirs.dy.data(), points);
         const auto close = [](double a, double b) { return std::fabs(a - b) <= 1e-12 * (1 + std::fabs(a)); };
         // A model of peaks also writes each peak's share.
         for (size_t at = 0; at < ours.y.size(); at += ours.stride) {
-            const int outputs = known.model.nDep;
+            const int outputs = known.nDep;
             if (!std::equal(&ours.y[at + 1], &ours.y[at + 1] + outputs, &theirs.y[at + 1], close) ||
                 !std::equal(&ours.dy[at], &ours.dy[at] + ours.stride, &theirs.dy[at], close))
                 throw std::logic_error(std::string("the bare loop of ") + bare.name + " computes something else");
@@ -135,13 +134,13 @@ void compare(const fit::KnownModel &known, const bench::BareLoop &bare)
     if (bare.derivatives) agree(EVAL_DERIVS, bare.derivatives);
 }
 
-void add_all(const fit::Library &library)
+void add_all()
 {
     const auto add = [](const std::string &name, auto function) {
         return benchmark::RegisterBenchmark(name.c_str(), function);
     };
     for (const bench::BareLoop &bare : bench::bare_loops()) {
-        const fit::KnownModel known = fit::find_model(library, bare.name);
+        const program::KnownModel known = program::find_model(bare.name);
         compare(known, bare);
         const auto time = [&](const char *what, bench::BareLoop::Function loop) {
             add(std::string("bare/") + bare.name + what,
@@ -151,7 +150,7 @@ void add_all(const fit::Library &library)
         if (bare.derivatives) time("/derivatives", bare.derivatives);
     }
     for (const reference::ModelReference &about : reference::models) {
-        const fit::KnownModel known = fit::find_model(library, about.name);
+        const program::KnownModel known = program::find_model(about.name);
         const auto time = [&](const char *what, int flags) {
             add("model/" + std::string(about.name) + what,
                 [known, flags](benchmark::State &state) { time_model(state, known, flags); });
@@ -161,7 +160,7 @@ void add_all(const fit::Library &library)
         time("/both", EVAL_VALUE | EVAL_DERIVS);
     }
     for (const char *name : {"ExpDec2", "Logistic", "Gauss", "LangmuirEXT1", "Gauss2D"}) {
-        const fit::KnownModel known = fit::find_model(library, name);
+        const program::KnownModel known = program::find_model(name);
         add(std::string("threads/") + name,
             [known](benchmark::State &state) { time_model(state, known, EVAL_DERIVS); })
             ->Threads(1)
@@ -169,7 +168,7 @@ void add_all(const fit::Library &library)
             ->UseRealTime();
     }
     for (const char *name : {"Gauss", "Lorentz", "LogNormal", "Extreme", "Gauss2D"}) {
-        const fit::KnownModel known = fit::find_model(library, name);
+        const program::KnownModel known = program::find_model(name);
         auto *peaks =
             add(std::string("peaks/") + name, [known](benchmark::State &state) { time_peaks(state, known); });
         for (const int n : {1, 2, 5, 10, 20, 50, most_peaks}) peaks->Arg(n);
@@ -183,8 +182,7 @@ int main(int argc, char **argv)
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
     try {
-        const fit::Library library = program::installed_library();
-        add_all(library);
+        add_all();
         benchmark::RunSpecifiedBenchmarks();
     } catch (const std::exception &error) {
         std::fprintf(stderr, "error: %s\n", error.what());

@@ -1,11 +1,9 @@
 # The rooms above the library, where what they need is there.
-find_package(Ceres QUIET)
 find_package(CLI11 QUIET)
 find_package(fmt QUIET)
-find_package(muparser QUIET)
 find_path(csv_include csv.h)
 find_library(csv_library csv)
-foreach(needed Ceres CLI11 fmt muparser)
+foreach(needed CLI11 fmt)
     if(NOT ${needed}_FOUND)
         list(APPEND missing ${needed})
     endif()

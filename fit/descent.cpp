@@ -126,8 +126,14 @@ End Descender::go(const std::vector<double> &start, const Descent &way)
         const double before = here_.sum_of_squares(), after = there.sum_of_squares();
         const double blur = 4 * problem_.rounding(here_.p, here_.reduced) * std::sqrt(before);
         if (step.predicted <= std::max(64 * epsilon * before, blur)) {
-            if (!(there.projected < here_.projected) || !std::isfinite(after)) return End::no_step;
+            // Where residuals are large and curved, a whole step leads past the minimum.
+            if (!(there.projected < here_.projected) || !std::isfinite(after)) {
+                if (++slow > most_slow) return End::no_step;
+                radius = 0.25 * std::min(radius, step.length);
+                continue;
+            }
             slow = there.projected > 0.5 * here_.projected ? slow + 1 : 0;
+            radius = std::max(radius, 2 * step.length);
             here_ = std::move(there);
             if (slow > most_slow) return End::no_step;
             renew_metric();

@@ -52,6 +52,9 @@ public:
     /// Goes down from p and says why it ended; standing() is where.
     End go(const std::vector<double> &p, const Descent &way);
 
+    /// Solves for the linear parameters at p. False where the model has no value.
+    bool solve_linear(std::vector<double> &p, const Descent &way);
+
     /// Only stands at p.
     void stay(const std::vector<double> &p, const Descent &way) { here_ = stand(p, way); }
 
@@ -66,7 +69,6 @@ private:
     Standing stand(const std::vector<double> &p, const Descent &way);
     Room room(const std::vector<double> &p) const;
     std::vector<double> moved(const std::vector<double> &p, const std::vector<double> &change) const;
-    bool solve_linear(std::vector<double> &p, const Descent &way);
     bool watched();
 
     Problem &problem_;

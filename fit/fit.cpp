@@ -71,11 +71,18 @@ public:
     {
         const std::vector<double> &start = parameters_.start();
         Attempt best = attempt(start, false);
-        if (!is_success(best.verdict) && best.verdict != Verdict::stopped && problem_.separable()) {
-            Attempt other = attempt(start, true);
+        const auto go_on = [&best] { return !is_success(best.verdict) && best.verdict != Verdict::stopped; };
+        const auto try_from = [&](const std::vector<double> &p, bool projected) {
+            Attempt other = attempt(p, projected);
             other.iterations += best.iterations;
-            if (other.better_than(best)) best = std::move(other);
-        }
+            if (other.better_than(best))
+                best = std::move(other);
+            else
+                best.iterations = other.iterations;
+        };
+        if (go_on() && problem_.separable()) try_from(start, true);
+        if (go_on())
+            if (const auto elsewhere = off_plateau(best)) try_from(*elsewhere, problem_.separable());
         return report(std::move(best));
     }
 
@@ -86,8 +93,10 @@ private:
         Attempt attempt;
         attempt.standing.p = start;
         if (!problem_.prepare(start)) return without_value(attempt);
-        const std::vector<double> near = projected ? start : from_sample(start);
         const Descent down{Values::fast, Reduction::products, projected, small_offset};
+        std::vector<double> near = projected ? start : from_sample(start);
+        // Linear parameters may differ from the start by any factor, and the scales of the others with them.
+        if (projected && descender.solve_linear(near, down) && !problem_.prepare(near)) return without_value(attempt);
         attempt.end = descender.go(near, down);
         if (attempt.end == End::no_value && near != start) attempt.end = descender.go(start, down);
         descend_in_unit_of_data(descender, attempt.end, down);
@@ -100,6 +109,7 @@ private:
             descend_in_unit_of_data(descender, attempt.end, by_contract);
             if (attempt.end != End::no_value) settle(descender, attempt);
         }
+        attempt.iterations = descender.iterations();
         if (attempt.end == End::no_value) {
             attempt.standing.p = start;
             return without_value(attempt);
@@ -107,9 +117,37 @@ private:
         std::vector<double> p = attempt.standing.p;
         if (make_canonical(problem_, p)) settle_at(descender, attempt, p);
         attempt.unit = problem_.residual_scale();
-        attempt.iterations = descender.iterations();
         attempt.verdict = judge(problem_, attempt.standing, attempt.end, attempt.spread, attempt.notes);
+        for (const size_t j : without_influence(problem_, attempt.standing)) attempt.spread.determined[j] = false;
         return attempt;
+    }
+
+    /// A start from which there may be a way down where there was none: the given one with one parameter of another
+    /// size, which gives a clearly lower sum of squares. A curve begun on its plateau has no slope to follow.
+    std::optional<std::vector<double>> off_plateau(const Attempt &stuck)
+    {
+        constexpr int most_decades = 8;
+        constexpr size_t most_points = 100000;
+        constexpr double clearly = 0.999;
+        const std::vector<double> &start = parameters_.start();
+        if (problem_.residuals() > most_points || !problem_.prepare(start)) return std::nullopt;
+        Descender descender(problem_, options_.max_iterations, {});
+        double least = clearly * problem_.sum_of_squares(stuck.standing.p, Values::fast);
+        if (!std::isfinite(least)) least = std::numeric_limits<double>::max();
+        std::optional<std::vector<double>> found;
+        for (size_t j = 0; j < problem_.width(); ++j)
+            for (int decades = -most_decades; decades <= most_decades; ++decades) {
+                std::vector<double> p = start;
+                double &number = p[parameters_.varied()[j]];
+                number = std::clamp(number * std::pow(10.0, decades), parameters_.lower(j), parameters_.upper(j));
+                parameters_.follow_ties(p);
+                if (problem_.separable() && !descender.solve_linear(p, {})) continue;
+                const double squares = problem_.sum_of_squares(p, Values::fast);
+                if (!(squares < least)) continue;
+                least = squares;
+                found = p;
+            }
+        return found;
     }
 
     /// An attempt that ended at once, where its parameters are, with the reason.
@@ -147,6 +185,7 @@ private:
         }
         if (attempt.end == End::no_value) return;
         attempt.standing = descender.standing();
+        if (attempt.end == End::no_value) return;
         attempt.spread = spread(attempt.standing.reduced, attempt.standing.held);
         if (!needs_polish(attempt)) return;
         descender.polish();

@@ -46,6 +46,15 @@ formula::Formula renamed(const formula::Formula &formula,
     return formula.substitute(replacements);
 }
 
+bool is_name(const std::string &text)
+{
+    try {
+        return formula::Formula::parse(text).names() == std::vector<std::string>{text};
+    } catch (const formula::FormulaError &) {
+        return false;
+    }
+}
+
 /// The formulas of an entry with that many terms, in the names that its parameters then have.
 std::vector<formula::Formula> formulas_of(const ModelReference &about, const std::vector<std::string> &names,
                                           int terms)
@@ -152,6 +161,7 @@ Model Model::catalogue(std::string_view name, int terms)
 
 Model Model::formula(std::string_view text, std::vector<std::string> variables)
 {
+    if (variables.empty()) throw Error("the formula " + std::string(text) + " needs a variable");
     auto model = std::make_shared<Implementation>();
     model->name = text;
     model->variables = std::move(variables);
@@ -205,6 +215,8 @@ Model Model::sum(const std::vector<std::pair<std::string, Model>> &parts)
                 constant = true;
             }
             parameter.name = prefix + parameter.name;
+            if (!is_name(parameter.name))
+                throw Error("the prefix " + prefix + " makes " + parameter.name + ", which is no name");
             for (const Parameter &other : model->parameters)
                 if (other.name == parameter.name)
                     throw Error("two parameters of the sum are called " + parameter.name + ": give its parts prefixes");

@@ -14,7 +14,7 @@ namespace {
 constexpr double epsilon = std::numeric_limits<double>::epsilon();
 
 /// How many standard errors the interval reaches to either side.
-double quantile(double confidence, long degrees, bool absolute)
+double quantile(double confidence, int64_t degrees, bool absolute)
 {
     const double tail = (1 - confidence) / 2;
     using Policy = boost::math::policies::policy<boost::math::policies::promote_double<false>>;
@@ -145,7 +145,7 @@ void fill_statistics(const Problem &problem, const Standing &standing, const Spr
     const auto free = std::count(standing.held.begin(), standing.held.end(), false);
     result.points = points.used();
     result.left_out = points.left_out();
-    result.degrees_of_freedom = static_cast<long>(problem.residuals()) - free;
+    result.degrees_of_freedom = static_cast<int64_t>(problem.residuals()) - free;
     result.relative_offset = finite_or_absent(standing.relative_offset);
     result.confidence = options.confidence;
 
@@ -262,7 +262,7 @@ void fill_without_values(const Problem &problem, const std::vector<double> &p, c
     const Parameters &parameters = problem.parameters();
     result.points = problem.points().used();
     result.left_out = problem.points().left_out();
-    result.degrees_of_freedom = static_cast<long>(problem.residuals()) - static_cast<long>(problem.width());
+    result.degrees_of_freedom = static_cast<int64_t>(problem.residuals()) - static_cast<int64_t>(problem.width());
     result.confidence = options.confidence;
     for (size_t i = 0; i < parameters.all(); ++i) {
         Estimate estimate;

@@ -14,28 +14,14 @@ const std::string &name_of(const Problem &problem, size_t j)
     return problem.parameters().names()[problem.parameters().varied()[j]];
 }
 
-/// The size of what a parameter adds to the curve, to first order: its derivative times itself.
+/// What a parameter adds to the curve, to first order: its derivative times itself.
 double contribution(const Problem &problem, const Standing &standing, size_t j)
 {
     const double p = standing.p[problem.parameters().varied()[j]];
     return standing.reduced.column_norm(j) * std::fabs(p / problem.scale(j));
 }
 
-/// Those that could change by their own size, or by that at the start, without a trace in the data.
-std::vector<size_t> without_influence(const Problem &problem, const Standing &standing)
-{
-    constexpr double trace = 100 * std::numeric_limits<double>::epsilon();
-    std::vector<size_t> found;
-    for (size_t j = 0; j < problem.width(); ++j) {
-        if (standing.held[j]) continue;
-        const double length = standing.reduced.column_norm(j);
-        const double reach = std::max(contribution(problem, standing, j), length * 1e-8);
-        if (length == 0 || reach <= trace * problem.size_of_data()) found.push_back(j);
-    }
-    return found;
-}
-
-/// "A - 2.1 B": the parameters that can be moved together unseen, in units of their values.
+/// The parameters that can be moved together unseen.
 std::string combination_text(const Problem &problem, const Spread &spread)
 {
     std::string text;
@@ -84,6 +70,21 @@ std::string join(const Problem &problem, const std::vector<size_t> &which)
 
 }  // namespace
 
+std::vector<size_t> without_influence(const Problem &problem, const Standing &standing)
+{
+    constexpr double trace = 100 * std::numeric_limits<double>::epsilon();
+    std::vector<size_t> found;
+    for (size_t j = 0; j < problem.width(); ++j) {
+        if (standing.held[j]) continue;
+        const size_t i = problem.parameters().varied()[j];
+        const double size = std::max(std::fabs(standing.p[i]), std::fabs(problem.parameters().start()[i]));
+        const double length = standing.reduced.column_norm(j);
+        if (length == 0 || (size > 0 && length * size / problem.scale(j) <= trace * problem.size_of_data()))
+            found.push_back(j);
+    }
+    return found;
+}
+
 Verdict judge(const Problem &problem, const Standing &standing, End end, const Spread &spread,
               std::vector<std::string> &notes)
 {
@@ -103,7 +104,6 @@ Verdict judge(const Problem &problem, const Standing &standing, End end, const S
         return Verdict::not_separated;
     }
     if (no_better_than_constant(problem, standing)) {
-        notes.push_back("the curve is no better than a constant");
         return Verdict::no_better_than_constant;
     }
     for (size_t j = 0; j < problem.width(); ++j)

@@ -19,12 +19,6 @@ using Kernel = void (*)(double *out, const double *a, const double *b, const dou
 /// What a program is made of beyond the operations of formulas.
 enum class Fused { multiply_add, multiply_subtract, subtract_product, copy };  // ab + c, ab - c, c - ab
 
-constexpr size_t operation_count = 0
-#define CURVEBANK_ONE(name, operands, text) +1
-    CURVEBANK_OPERATIONS(CURVEBANK_ONE)
-#undef CURVEBANK_ONE
-    ;
-
 /// The number of an operation in the tables of kernels.
 constexpr size_t code(Operation operation)
 {

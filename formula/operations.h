@@ -2,11 +2,13 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace curvebank::formula {
 
 /// X(name, operands, text): the text is the function's name in a formula, or the operator's sign.
+/// From erf on they are functions for which a library is called.
 /// gammap_shape and gammap_density are the partial derivatives of gammap in its first and second argument.
 #define CURVEBANK_OPERATIONS(X)            \
     X(constant, 0, "")                     \
@@ -70,5 +72,11 @@ enum class Operation : uint8_t {
     CURVEBANK_OPERATIONS(CURVEBANK_ENUMERATOR)
 #undef CURVEBANK_ENUMERATOR
 };
+
+constexpr size_t operation_count = 0
+#define CURVEBANK_ONE(name, operands, text) +1
+    CURVEBANK_OPERATIONS(CURVEBANK_ONE)
+#undef CURVEBANK_ONE
+    ;
 
 }  // namespace curvebank::formula

@@ -12,7 +12,6 @@ namespace curvebank::formula {
 namespace {
 
 constexpr size_t longest = 16'000'000;
-constexpr size_t operation_count = static_cast<size_t>(Operation::besseli1) + 1;
 
 /// In a pattern, $a5 is the first operand, in brackets if it binds less tightly than level 5; $b and $c the others.
 /// @a is the first operand, or its operands if it is the same operation.
@@ -284,7 +283,7 @@ Style latex_style()
                                 "\\begin{cases} $b0 & \\text{if } $a0 \\\\ $c0 & \\text{otherwise} \\end{cases}"};
     style[Operation::logical_or] = {1, "$a1 \\lor $b2"};
     style[Operation::logical_and] = {2, "$a2 \\land $b3"};
-    style[Operation::logical_not] = {3, "\\lnot $a4"};
+    style[Operation::logical_not] = {3, "\\lnot $a5"};
     style[Operation::less] = {4, "$a5 < $b5"};
     style[Operation::less_equal] = {4, "$a5 \\le $b5"};
     style[Operation::greater] = {4, "$a5 > $b5"};
@@ -350,7 +349,7 @@ Style mathml_style()
                                 "<mtd><mtext>otherwise</mtext></mtd></mtr></mtable></mrow>"};
     style[Operation::logical_or] = {1, "$a1" + sign("∨") + "$b2"};
     style[Operation::logical_and] = {2, "$a2" + sign("∧") + "$b3"};
-    style[Operation::logical_not] = {3, sign("¬") + "$a4"};
+    style[Operation::logical_not] = {3, sign("¬") + "$a5"};
     style[Operation::less] = {4, "$a5" + sign("&lt;") + "$b5"};
     style[Operation::less_equal] = {4, "$a5" + sign("≤") + "$b5"};
     style[Operation::greater] = {4, "$a5" + sign("&gt;") + "$b5"};

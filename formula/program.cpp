@@ -15,14 +15,20 @@
 namespace curvebank::formula {
 namespace {
 
+/// Compiled once: inlined, the special functions would take the compiler minutes.
+[[gnu::noinline]] double scalar(Operation operation, double a, double b)
+{
+    return apply<double>(operation, a, b);
+}
+
 // The kernels of the operations that have no vector form: the scalar functions in a loop.
 
 template <Operation operation, unsigned uniform>
 void loop(double *out, const double *a, const double *b, const double *, size_t count)
 {
     for (size_t i = 0; i < count; ++i)
-        out[i] = apply<double>(operation, a[uniform & 1 ? 0 : i],
-                               operand_count(operation) < 2 ? 0 : b[uniform & 2 ? 0 : i]);
+        out[i] =
+            scalar(operation, a[uniform & 1 ? 0 : i], operand_count(operation) < 2 ? 0 : b[uniform & 2 ? 0 : i]);
 }
 
 constexpr Kernel scalar_kernels[][3] = {
@@ -149,7 +155,7 @@ public:
     static double value_of(Operation operation, double a, double b, double c)
     {
         if (operation == Operation::select) return a != 0 ? b : c;
-        return formula::apply<double>(operation, a, b);
+        return scalar(operation, a, b);
     }
 
 private:
@@ -365,7 +371,8 @@ struct Program::Code {
 Kernel Program::Code::kernel(size_t number, unsigned uniform) const
 {
     const Kernel vector = kernels->of[number][uniform];
-    return vector ? vector : scalar_kernels[number][uniform];
+    const bool fused = number >= operation_count;  // those are all vector kernels
+    return vector || fused ? vector : scalar_kernels[number][uniform];
 }
 
 void Program::Code::add_uniforms(const Values &values, const std::vector<uint32_t> &uses, std::vector<Index> &place)
@@ -510,6 +517,7 @@ Program::Workspace Program::workspace() const
 void Program::set_parameters(Workspace &workspace, std::span<const double> parameters) const
 {
     const Code &code = *code_;
+    if (parameters.size() < code.parameters) throw std::invalid_argument("a parameter has no value");
     if (code.uniforms == 0) return;
     double *const uniforms = workspace.places_[code.uniforms_at()];
     for (const auto &[at, parameter] : code.parameter_places) uniforms[at] = parameters[parameter];

@@ -43,7 +43,8 @@ public:
     Instructions instructions() const;
     Workspace workspace() const;
 
-    /// Sets the parameters and computes what depends on them alone.
+    /// Sets the parameters and computes what depends on them alone. Throws std::invalid_argument for fewer than
+    /// the program has.
     void set_parameters(Workspace &workspace, std::span<const double> parameters) const;
 
     /// Computes count <= block points: variables[i] points to the count values of variable i, outputs[j] receives

@@ -6,6 +6,8 @@
 #include <limits>
 #include <type_traits>
 
+#include <boost/math/constants/constants.hpp>
+#include <boost/math/special_functions/acosh.hpp>
 #include <boost/math/special_functions/bessel.hpp>
 #include <boost/math/special_functions/cbrt.hpp>
 #include <boost/math/special_functions/digamma.hpp>
@@ -81,6 +83,81 @@ T gammap_shape(const T &a, const T &z)
         return static_cast<double>(gammap_shape_of<long double>(a, z));
     else
         return gammap_shape_of<T>(a, z);
+}
+
+// Far below 0 the library's gamma functions ask for the parity of a number that fits no int. There is their
+// reflection at 1/2, in which sin(pi x) takes the fraction of x alone.
+
+template <typename T>
+bool is_far_below_zero(const T &x)
+{
+    return std::is_floating_point_v<T> && x < -1e9;
+}
+
+/// pi/abs(sin(pi x)); NaN at the poles.
+template <typename T>
+T reflection(const T &x)
+{
+    using std::floor, std::sin;
+    const T pi = boost::math::constants::pi<T>(), fraction = x - floor(x);
+    return fraction == 0 ? std::numeric_limits<T>::quiet_NaN() : T(pi / sin(pi * fraction));
+}
+
+template <typename T>
+T gamma(const T &x)
+{
+    if (is_far_below_zero(x)) return reflection(x) * 0;
+    return boost::math::tgamma(x, Quiet());
+}
+
+/// The logarithm of abs(gamma(x)).
+template <typename T>
+T lgamma(const T &x)
+{
+    using std::log;
+    if (is_far_below_zero(x)) return log(reflection(x)) - boost::math::lgamma(T(1 - x), Quiet());
+    return boost::math::lgamma(x, Quiet());
+}
+
+template <typename T>
+T trigamma(const T &x)
+{
+    if (is_far_below_zero(x)) return reflection(x) * reflection(x) - boost::math::trigamma(T(1 - x), Quiet());
+    return boost::math::trigamma(x, Quiet());
+}
+
+/// P(a, z). With many digits the expansions need some sqrt(a) steps near z = a; NaN where those would take seconds.
+template <typename T>
+T gammap(const T &a, const T &z)
+{
+    using std::abs;
+    if constexpr (!std::is_floating_point_v<T>)
+        if (a > 1e10 && abs(z - a) < a / 10) return std::numeric_limits<T>::quiet_NaN();
+    return boost::math::gamma_p(a, z, Quiet());
+}
+
+/// The modified Bessel function of order 0 or 1. With many digits the library's continued fraction needs as many
+/// steps as the argument is large; beyond 1000 the asymptotic series has some 800 digits:
+///
+///   I(x) = exp(x)/sqrt(2 pi x) * sum over k of product over j <= k of ((2 j - 1)^2 - 4 order^2)/(8 j x).
+template <typename T>
+T besseli(int order, const T &x)
+{
+    using std::abs, std::exp, std::isinf, std::sqrt;
+    if constexpr (!std::is_floating_point_v<T>)
+        if (abs(x) > 1000) {
+            const T size = abs(x);
+            if (isinf(size)) return order == 1 ? x : size;
+            T term = 1, sum = 1;
+            for (int j = 1; abs(term) > std::numeric_limits<T>::epsilon(); ++j) {
+                term *= ((2 * j - 1) * (2 * j - 1) - 4 * order) / (8 * j * size);
+                sum += term;
+            }
+            const T half = exp(size / 2);  // the function itself may be in range where exp(x) is not
+            const T value = half * (sum / sqrt(2 * boost::math::constants::pi<T>() * size)) * half;
+            return order == 1 && x < 0 ? T(-value) : value;
+        }
+    return boost::math::cyl_bessel_i(order, x, Quiet());
 }
 
 }  // namespace curvebank::formula

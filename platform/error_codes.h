@@ -21,7 +21,7 @@ constexpr bool runtime_reports_errors = false;
 #endif
 
 /// The code that a result tells of, 0 for none: a NaN that no argument brought along, an infinity from finite ones.
-/// A result too small for a number passes for 0, as it does under the Universal C Runtime.
+/// A result too small for a number passes for 0, as it does under Wine.
 template <class... Arguments>
 int32_t code_of(double result, Arguments... arguments)
 {

@@ -34,7 +34,12 @@ void parallel_for(size_t count, int threads, const std::function<void(int worker
         }
     };
     std::vector<std::thread> others;
-    for (int worker = 1; worker < workers; ++worker) others.emplace_back(work, worker);
+    others.reserve(static_cast<size_t>(workers));
+    try {
+        for (int worker = 1; worker < workers; ++worker) others.emplace_back(work, worker);
+    } catch (...) {
+        // The system gives no more threads: those that there are do all.
+    }
     work(0);
     for (std::thread &other : others) other.join();
     if (failure) std::rethrow_exception(failure);

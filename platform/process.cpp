@@ -2,16 +2,10 @@
 
 #include <csignal>
 #include <cstdio>
-#include <filesystem>
 
 #include <sys/wait.h>
 
 namespace curvebank::platform {
-
-std::string running_program()
-{
-    return std::filesystem::read_symlink("/proc/self/exe").string();
-}
 
 ProgramEnd run_program(const std::string &name, const std::string &input)
 {

@@ -1,13 +1,10 @@
-// This process, and others that it starts.
+// Other processes that this one starts.
 
 #pragma once
 
 #include <string>
 
 namespace curvebank::platform {
-
-/// The file of the running program.
-std::string running_program();
 
 enum class ProgramEnd { success, failure, not_found };
 

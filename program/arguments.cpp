@@ -1,41 +1,34 @@
 #include "program/arguments.h"
 
-#include <charconv>
 #include <cmath>
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <boost/algorithm/string/split.hpp>
+#include <boost/algorithm/string/trim.hpp>
 
+#include "formula/evaluate.h"
+#include "formula/formula.h"
 #include "platform/error.h"
+#include "table/number.h"
 
 namespace curvebank::program {
-namespace {
-
-std::string trimmed(const std::string &text)
-{
-    const size_t begin = text.find_first_not_of(" \t"), end = text.find_last_not_of(" \t");
-    return begin == std::string::npos ? "" : text.substr(begin, end - begin + 1);
-}
-
-}  // namespace
 
 double parse_number(const std::string &text, const std::string &option)
 {
-    double value = 0;
-    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || stop != text.data() + text.size())
+    if (const auto value = table::read_number(text)) return *value;
+    try {
+        return formula::evaluate<double>(formula::Formula::parse(text), {});
+    } catch (const formula::FormulaError &) {
         throw Error(fmt::format("{}: {} is no number", option, text));
-    return value;
+    }
 }
 
 std::vector<std::string> split(const std::string &text, char separator)
 {
     std::vector<std::string> parts;
-    size_t begin = 0;
-    for (size_t end = 0; end != std::string::npos; begin = end + 1) {
-        end = text.find(separator, begin);
-        parts.push_back(trimmed(text.substr(begin, end - begin)));
-    }
+    boost::split(parts, text, [separator](char c) { return c == separator; });
+    for (std::string &part : parts) boost::trim(part);
     return parts;
 }
 

@@ -12,7 +12,7 @@ namespace curvebank::program {
 /// The parts between the separators, without surrounding blanks.
 std::vector<std::string> split(const std::string &text, char separator);
 
-/// A whole text as a number. Throws Error naming the option.
+/// A whole text as a number, or a formula without names, such as "2*pi". Throws Error naming the option.
 double parse_number(const std::string &text, const std::string &option);
 
 /// The position of a parameter. Throws Error naming the option and the parameters there are.

@@ -6,7 +6,9 @@
 
 #include <fmt/format.h>
 
-#include "fit/fit.h"
+#include "fit/differences.h"
+#include "fit/kernels.h"
+#include "fit/sources.h"
 #include "platform/error.h"
 #include "program/worksheet.h"
 
@@ -25,7 +27,7 @@ std::string output_name(int i)
 /// Reports a parameter list that the command read differently from what the user meant.
 void require_parameters(const Worksheet &sheet, bool handled, std::string_view model, size_t wanted)
 {
-    if (!sheet.failure().empty()) throw Error("--params: " + sheet.failure());
+    if (!sheet.failure().empty()) throw Error(sheet.failure());
     if (!handled) throw Error("the library's diagnostic command knows no model " + std::string(model));
     if (sheet.numbers().size() != wanted)
         throw Error(fmt::format("--params: {} takes {} numbers separated by commas, {} could be read", model,
@@ -45,29 +47,54 @@ DerivativeCheck::Parameter compare(const std::string &name, double value, const 
     return result;
 }
 
+double largest(const std::vector<double> &values)
+{
+    double result = 0;
+    for (const double value : values) result = std::max(result, std::fabs(value));
+    return result;
+}
+
+/// Differences of the values y with respect to each parameter.
+Columns differences(const KnownModel &known, const Shape &called, const std::vector<double> &p, const Columns &x,
+                    std::vector<double> y)
+{
+    const auto source = fit::contract_source({known.function, called.nParams, p.size(), x.size(), 1});
+    const auto memory = source->memory();
+    Columns result(p.size(), std::vector<double>(y.size()));
+    for (size_t first = 0; first < y.size(); first += fit::block_rows) {
+        std::vector<const double *> from;
+        for (const auto &column : x) from.push_back(&column[first]);
+        double *const value = &y[first];
+        for (size_t i = 0; i < p.size(); ++i) {
+            double *const derivative = &result[i][first];
+            fit::difference(*source, *memory, p, i, from.data(), std::min(fit::block_rows, y.size() - first), &value,
+                            &derivative, 1);
+        }
+    }
+    return result;
+}
+
 }  // namespace
 
-DerivativeCheck check_derivatives(const fit::Library &library, const fit::KnownModel &known,
-                                  const std::string &parameters, const std::vector<double> &x)
+DerivativeCheck check_derivatives(const KnownModel &known, const std::string &parameters,
+                                  const std::vector<double> &x)
 {
-    const auto command = library.diagnostic_command();
-    if (!command) throw Error("the library has no diagnostic command");
     // The command passes the count of the catalogue; a model without repeated terms may read more than that.
     const std::vector<reference::NamedParameter> names =
-        fit::shape(known, known.about->repeated.empty() ? 0 : known.model.nParams).parameters;
+        shape(known, known.about->repeated.empty() ? 0 : known.nParams).parameters;
 
     Worksheet sheet;
     const std::vector<double> empty(x.size(), none);
     sheet.add("x", x);
     sheet.add("y", empty);
     for (int i = 1; i <= output_columns; ++i) sheet.add(output_name(i), empty);
-    sheet.run(command, "", "x", "x", FUNC_TEST_BIND);
-    sheet.run(command, "", "y", "y", FUNC_TEST_BIND);
-    sheet.run(command, "deriv", "", "", FUNC_TEST_MODEL);
-    const bool handled = sheet.run(command, std::string(known.about->name), parameters, "", FUNC_TEST_MODEL);
+    sheet.run("", "x", "x", FUNC_TEST_BIND);
+    sheet.run("", "y", "y", FUNC_TEST_BIND);
+    sheet.run("deriv", "", "", FUNC_TEST_MODEL);
+    const bool handled = sheet.run(std::string(known.about->name), parameters, "", FUNC_TEST_MODEL);
     require_parameters(sheet, handled, known.about->name, names.size());
 
-    const int n = known.model.nParams;
+    const int n = known.nParams;
     const auto output = [&](int i) { return i <= output_columns ? sheet.column(output_name(i)) : empty; };
     DerivativeCheck check{{{"x", "value"}, {x, output(n + 1)}}, {}};
     for (int k = 1; k <= n; ++k) {
@@ -80,44 +107,30 @@ DerivativeCheck check_derivatives(const fit::Library &library, const fit::KnownM
     return check;
 }
 
-std::vector<InexactEntry> inexact_entries(const fit::KnownModel &known, const fit::Variables &x)
+std::vector<InexactEntry> inexact_entries(const KnownModel &known, const std::vector<double> &p, const Columns &x)
 {
     const reference::ModelReference &about = *known.about;
-    const std::vector<double> p(about.sample_parameters.begin(), about.sample_parameters.end());
-    const auto [nParams, parameters] = fit::shape(known, static_cast<int>(p.size()));
-    const size_t width = p.size(), points = x[0].size();
-    fit::Evaluator evaluator(known.model, nParams, static_cast<int>(width));
+    const Shape called = shape(known, static_cast<int>(p.size()));
+    Evaluator evaluator(known, called);
+    const std::vector<double> y = evaluator.values(p, x)[0];
+    const Columns own = evaluator.derivatives(p, x), exact = differences(known, called, p, x, y);
 
-    std::vector<double> y(points), own(points * width), differences(own.size()), scale;
-    std::vector<size_t> all;
-    for (size_t i = 0; i < width; ++i) {
-        all.push_back(i);
-        scale.push_back(std::max(1e-3, std::fabs(p[i])));
-    }
-    evaluator.values(p, x, y);
-    evaluator.derivatives(p, x, own);
-    fit::difference_derivatives(evaluator, x, p, scale, all, differences);
-
-    const auto largest = [&](const std::vector<double> &rows, size_t step, size_t first) {
-        double result = 0;
-        for (size_t r = first; r < rows.size(); r += step) result = std::max(result, std::fabs(rows[r]));
-        return result;
-    };
     const double noise = std::max(1e-7, 100 * about.tolerance);  // what the differences cannot resolve
     std::vector<InexactEntry> found;
-    for (size_t i = 0; i < width; ++i) {
-        const double size = largest(differences, width, i);
+    for (size_t i = 0; i < p.size(); ++i) {
+        const double size = largest(exact[i]);
         double disagreement = 0;
         bool written = true;
-        for (size_t r = i; r < own.size(); r += width) {
-            written = written && !std::isnan(own[r]);
-            disagreement = std::max(disagreement, std::fabs(own[r] - differences[r]));
+        for (size_t r = 0; r < y.size(); ++r) {
+            written = written && !std::isnan(own[i][r]);
+            disagreement = std::max(disagreement, std::fabs(own[i][r] - exact[i][r]));
         }
-        if (written && disagreement <= noise * (size + largest(y, 1, 0) / scale[i])) continue;
+        const double scale = std::max(1e-3, std::fabs(p[i]));
+        if (written && disagreement <= noise * (size + largest(y) / scale)) continue;
         const int entry = static_cast<int>(i) + 1;
         const reference::InexactReference *listed = about.inexact_at(entry);
-        found.push_back({entry, parameters[i].name, std::string(listed ? listed->holds : ""), disagreement / size,
-                         written, size > 0});
+        found.push_back({entry, called.parameters[i].name, std::string(listed ? listed->holds : ""),
+                         disagreement / size, written, size > 0});
     }
     return found;
 }

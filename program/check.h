@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "fit/evaluator.h"
-#include "fit/known_model.h"
+#include "program/evaluator.h"
+#include "program/known_model.h"
 #include "table/table.h"
 
 namespace curvebank::program {
@@ -27,8 +27,8 @@ struct DerivativeCheck {
 /// Runs the diagnostic command on a column of x, the way a host's command line would. It takes forward differences
 /// with the step 1e-8, moves x alone where a model has more variables (the others are 0), and has room for the
 /// differences of nine parameters. Throws Error where the parameters cannot be read.
-DerivativeCheck check_derivatives(const fit::Library &library, const fit::KnownModel &known,
-                                  const std::string &parameters, const std::vector<double> &x);
+DerivativeCheck check_derivatives(const KnownModel &known, const std::string &parameters,
+                                  const std::vector<double> &x);
 
 /// A derivative entry that is not the exact partial.
 struct InexactEntry {
@@ -39,8 +39,8 @@ struct InexactEntry {
     bool written, has_partial;  ///< whether the model writes it, and whether the exact partial is not 0 throughout
 };
 
-/// The inexact entries of a model at its sample parameters. Central differences in steps fit for each parameter
+/// The inexact entries of a model at these parameters and points. Central differences in steps fit for each parameter
 /// tell: they see what a step of 1e-8 cannot.
-std::vector<InexactEntry> inexact_entries(const fit::KnownModel &known, const fit::Variables &x);
+std::vector<InexactEntry> inexact_entries(const KnownModel &known, const std::vector<double> &p, const Columns &x);
 
 }  // namespace curvebank::program

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
@@ -13,12 +12,14 @@
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <boost/algorithm/string/predicate.hpp>
 
-#include "fit/fit.h"
-#include "fit/known_model.h"
+#include "curvebank/fit/fit.h"
 #include "platform/error.h"
 #include "program/arguments.h"
 #include "program/check.h"
+#include "program/evaluator.h"
+#include "program/known_model.h"
 #include "program/plot.h"
 #include "report/report.h"
 #include "table/table.h"
@@ -40,13 +41,24 @@ std::string aligned_text(const table::Table &table)
     return text;
 }
 
+/// The points of a fit, a column a variable and an output; an implicit model has no outputs.
+struct Points {
+    Columns x, y;
+    std::vector<double> weights;
+
+    fit::Data view() const
+    {
+        return {{x.begin(), x.end()}, {y.begin(), y.end()}, weights, {}};
+    }
+};
+
 /// Takes the usable rows of the table: all cells there and, where weights are given, positive ones. The columns are
 /// those of the independent variables, then of the dependent ones; an implicit model has only the former.
-fit::Data read_data(const FitCommand &command, const fit::KnownModel &known, report::ReportContext &context)
+Points read_points(const FitCommand &command, const KnownModel &known, report::ReportContext &context)
 {
     const table::Table table = table::read_table(command.table);
-    const auto variables = static_cast<size_t>(known.model.nIndep);
-    const size_t outputs = known.about->implicit ? 0 : static_cast<size_t>(known.model.nDep);
+    const auto variables = static_cast<size_t>(known.nIndep);
+    const size_t outputs = known.about->implicit ? 0 : static_cast<size_t>(known.nDep);
     std::vector<std::string> names;
     if (command.columns.empty())
         for (size_t i = 1; i <= variables + outputs; ++i) names.push_back(std::to_string(i));
@@ -66,8 +78,7 @@ fit::Data read_data(const FitCommand &command, const fit::KnownModel &known, rep
         context.weights_name = table.names[columns.back()];
     }
 
-    fit::Data data;
-    data.x.resize(variables);
+    Points points{Columns(variables), Columns(outputs), {}};
     for (size_t row = 0; row < table.rows(); ++row) {
         const auto cell = [&](size_t i) { return table.columns[columns[i]][row]; };
         bool usable = command.weights.empty() || cell(variables + outputs) > 0;
@@ -76,45 +87,53 @@ fit::Data read_data(const FitCommand &command, const fit::KnownModel &known, rep
             ++context.skipped_rows;
             continue;
         }
-        for (size_t i = 0; i < variables; ++i) data.x[i].push_back(cell(i));
-        for (size_t i = variables; i < variables + outputs; ++i) data.y.push_back(cell(i));
-        if (known.about->implicit) data.y.push_back(0.0);
-        if (!command.weights.empty()) data.weights.push_back(cell(variables + outputs));
+        for (size_t i = 0; i < variables; ++i) points.x[i].push_back(cell(i));
+        for (size_t k = 0; k < outputs; ++k) points.y[k].push_back(cell(variables + k));
+        if (!command.weights.empty()) points.weights.push_back(cell(variables + outputs));
     }
-    return data;
+    return points;
 }
 
-fit::FitOptions read_options(const FitCommand &command, const reference::ModelReference &about,
-                             const std::vector<reference::NamedParameter> &parameters)
+fit::Options read_options(const FitCommand &command, const reference::ModelReference &about,
+                          const std::vector<reference::NamedParameter> &parameters)
 {
-    constexpr double infinity = std::numeric_limits<double>::infinity();
-    fit::FitOptions options;
+    fit::Options options;
     options.max_iterations = command.max_iterations;
     options.confidence = command.confidence;
-    options.start.assign(parameters.size(), 0.0);
-    options.fixed.assign(parameters.size(), false);
-    options.lower.assign(parameters.size(), -infinity);
-    options.upper.assign(parameters.size(), infinity);
-
-    // A linear model finds its parameters from anywhere; others begin at their sample.
-    const bool sample_starts = !about.linear && about.sample_parameters.size() >= parameters.size();
-    if (sample_starts) std::copy_n(about.sample_parameters.begin(), parameters.size(), options.start.begin());
-    std::vector<bool> set = assign(command.start, "--start", parameters, options.start);
-    if (!command.fix.empty())
-        for (const std::string &part : split(command.fix, ',')) {
+    std::vector<double> values(parameters.size());
+    const auto assign_named = [&](const std::string &text, const std::string &option, auto &named) {
+        const std::vector<bool> set = assign(text, option, parameters, values);
+        for (size_t i = 0; i < set.size(); ++i)
+            if (set[i]) named.emplace_back(parameters[i].name, values[i]);
+        return set;
+    };
+    assign_named(command.lower, "--lower", options.lower);
+    assign_named(command.upper, "--upper", options.upper);
+    std::vector<bool> set = assign_named(command.start, "--start", options.start);
+    const auto each = [&](const std::string &text, const std::string &option, const auto &take) {
+        for (const std::string &part : text.empty() ? std::vector<std::string>() : split(text, ',')) {
             const size_t equals = part.find('=');
-            const size_t i = find_parameter(parameters, part.substr(0, equals), "--fix");
-            if (equals != std::string::npos) {
-                options.start[i] = parse_number(part.substr(equals + 1), "--fix");
-                set[i] = true;
-            }
-            options.fixed[i] = true;
+            take(find_parameter(parameters, part.substr(0, equals), option),
+                 equals == std::string::npos ? "" : part.substr(equals + 1));
         }
-    if (!about.linear && !sample_starts && std::find(set.begin(), set.end(), false) != set.end())
-        throw Error(
-            fmt::format("--start and --fix must give a value to all {} parameters of this fit", parameters.size()));
-    assign(command.lower, "--lower", parameters, options.lower);
-    assign(command.upper, "--upper", parameters, options.upper);
+    };
+    each(command.fix, "--fix", [&](size_t i, const std::string &value) {
+        options.fixed.push_back(parameters[i].name);
+        if (value.empty()) return;
+        std::erase_if(options.start, [&](const auto &start) { return start.first == parameters[i].name; });
+        options.start.emplace_back(parameters[i].name, parse_number(value, "--fix"));
+        set[i] = true;
+    });
+    each(command.free, "--free",
+         [&](size_t i, const std::string &) { options.free.push_back(parameters[i].name); });
+
+    // Terms that begin alike stay alike: those beyond the sample need starts of their own, but in a linear model.
+    std::vector<std::string> without;
+    for (size_t i = about.sample_parameters.size(); i < parameters.size() && !about.linear; ++i)
+        if (!set[i]) without.push_back(parameters[i].name);
+    if (!without.empty())
+        throw Error(fmt::format("--start must give a value to {}, which the sample of {} does not have",
+                                fmt::join(without, ", "), about.name));
     return options;
 }
 
@@ -128,25 +147,34 @@ std::vector<double> read_certified(const std::string &file, size_t count)
     return values;
 }
 
+/// The data minus the fitted values; an implicit model's data are 0.
+Columns residuals_of(const Points &points, Columns fitted)
+{
+    for (size_t k = 0; k < fitted.size(); ++k)
+        for (size_t i = 0; i < fitted[k].size(); ++i)
+            fitted[k][i] = (points.y.empty() ? 0 : points.y[k][i]) - fitted[k][i];
+    return fitted;
+}
+
 /// The data with the fitted values, the residuals and each term's share.
-table::Table fit_table(const fit::FitResult &result, const report::ReportContext &context, const fit::Data &data,
-                       const report::Shares &shares)
+table::Table fit_table(const report::ReportContext &context, const Points &points, const Columns &fitted,
+                       const Columns &shares)
 {
     table::Table table;
     const auto add = [&table](const std::string &name, const std::vector<double> &column) {
         table.names.push_back(name);
         table.columns.push_back(column);
     };
-    for (size_t i = 0; i < data.x.size(); ++i) add(context.x_names[i], data.x[i]);
-    const size_t outputs = data.y.size() / data.x[0].size();
-    for (size_t k = 0; k < context.y_names.size(); ++k) add(context.y_names[k], report::every(data.y, outputs, k));
-    if (!data.weights.empty()) add(context.weights_name, data.weights);
-    for (size_t k = 0; k < outputs; ++k) {
-        const std::string number = outputs > 1 ? std::to_string(k + 1) : "";
-        add("fitted" + number, report::every(result.fitted, outputs, k));
-        add("residual" + number, report::every(result.residuals, outputs, k));
+    for (size_t i = 0; i < points.x.size(); ++i) add(context.x_names[i], points.x[i]);
+    for (size_t k = 0; k < points.y.size(); ++k) add(context.y_names[k], points.y[k]);
+    if (!points.weights.empty()) add(context.weights_name, points.weights);
+    const Columns residuals = residuals_of(points, fitted);
+    for (size_t k = 0; k < fitted.size(); ++k) {
+        const std::string number = fitted.size() > 1 ? std::to_string(k + 1) : "";
+        add("fitted" + number, fitted[k]);
+        add("residual" + number, residuals[k]);
     }
-    for (int k = 0; k < shares.terms; ++k) add(fmt::format("term{}", k + 1), shares.of_term(k));
+    for (size_t k = 0; k < shares.size(); ++k) add(fmt::format("term{}", k + 1), shares[k]);
     return table;
 }
 
@@ -162,93 +190,73 @@ std::vector<double> span_of(const std::vector<double> &values, size_t points, do
 }
 
 /// Every combination of the values of the axes, the first axis running fastest.
-fit::Variables grid_of(const std::vector<std::vector<double>> &axes)
+Columns grid_of(const std::vector<std::vector<double>> &axes)
 {
     size_t points = 1;
     for (const auto &axis : axes) points *= axis.size();
-    fit::Variables grid(axes.size(), std::vector<double>(points));
+    Columns grid(axes.size(), std::vector<double>(points));
     size_t stride = 1;
     for (size_t i = 0; i < axes.size(); stride *= axes[i].size(), ++i)
         for (size_t point = 0; point < points; ++point) grid[i][point] = axes[i][point / stride % axes[i].size()];
     return grid;
 }
 
-std::vector<double> evaluate(fit::Evaluator &evaluator, const std::vector<double> &p, const fit::Variables &x)
-{
-    std::vector<double> y(x[0].size() * static_cast<size_t>(evaluator.outputs()));
-    evaluator.values(p, x, y);
-    return y;
-}
-
-report::Shares evaluate_shares(fit::Evaluator &evaluator, const reference::ModelReference &about,
-                               const std::vector<double> &p, const fit::Variables &x)
-{
-    report::Shares shares;
-    if (!about.contributions) return shares;
-    shares.terms = about.terms(static_cast<int>(p.size()));
-    shares.rows.resize(x[0].size() * static_cast<size_t>(shares.terms));
-    evaluator.contributions(p, x, shares.terms, shares.rows);
-    return shares;
-}
-
 /// The model's curves of one variable and, where there are several, its terms.
-CurvePlot curve_plot(fit::Evaluator &evaluator, const reference::ModelReference &about,
-                     const std::vector<double> &p, const std::vector<double> &x,
+CurvePlot curve_plot(Evaluator &evaluator, const std::vector<double> &p, const std::vector<double> &x,
                      const std::vector<std::string> &titles)
 {
     CurvePlot plot;
-    const std::vector<double> y = evaluate(evaluator, p, {x});
-    const auto outputs = static_cast<size_t>(evaluator.outputs());
-    for (size_t k = 0; k < outputs; ++k) plot.curves.push_back({titles[k], x, report::every(y, outputs, k)});
-    const report::Shares shares = evaluate_shares(evaluator, about, p, {x});
-    for (int k = 0; shares.terms > 1 && k < shares.terms; ++k)
-        plot.terms.push_back({fmt::format("term {}", k + 1), x, shares.of_term(k)});
+    const Columns y = evaluator.values(p, {x}), shares = evaluator.shares(p, {x});
+    for (size_t k = 0; k < y.size(); ++k) plot.curves.push_back({titles[k], x, y[k]});
+    for (size_t k = 0; shares.size() > 1 && k < shares.size(); ++k)
+        plot.terms.push_back({fmt::format("term {}", k + 1), x, shares[k]});
     return plot;
 }
 
-void plot_fit(const FitCommand &command, fit::Evaluator &evaluator, const std::vector<double> &p,
-              const fit::FitResult &result, const report::ReportContext &context, const fit::Data &data)
+void plot_fit(const FitCommand &command, Evaluator &evaluator, const std::vector<double> &p,
+              const report::ReportContext &context, const Points &points, const Columns &fitted)
 {
-    const reference::ModelReference &about = *context.model;
-    const std::string title =
-        fmt::format("{} fitted to {}", about.name, std::filesystem::path(context.data_file).filename().string());
-    if (data.x.size() == 1) {
-        const size_t outputs = context.y_names.size();
+    const bool implicit = evaluator.model().implicit();
+    const std::string title = fmt::format("{} fitted to {}", evaluator.about().name,
+                                          std::filesystem::path(context.data_file).filename().string());
+    const Columns &x = points.x;
+    if (x.size() == 1) {
+        const size_t outputs = points.y.size();
         std::vector<std::string> titles;
         for (const std::string &name : context.y_names) titles.push_back(outputs > 1 ? "fit of " + name : "fit");
-        CurvePlot plot = curve_plot(evaluator, about, p, span_of(data.x[0], 400), titles);
+        CurvePlot plot = curve_plot(evaluator, p, span_of(x[0], 400), titles);
         plot.title = title;
         plot.x_name = context.x_names[0];
         plot.y_name = fmt::format("{}", fmt::join(context.y_names, ", "));
+        const Columns residuals = residuals_of(points, fitted);
         for (size_t k = 0; k < outputs; ++k) {
-            plot.data.push_back(
-                {outputs > 1 ? context.y_names[k] : "data", data.x[0], report::every(data.y, outputs, k)});
-            plot.residuals.push_back({"", data.x[0], report::every(result.residuals, outputs, k)});
+            plot.data.push_back({outputs > 1 ? context.y_names[k] : "data", x[0], points.y[k]});
+            plot.residuals.push_back({"", x[0], residuals[k]});
         }
         draw(plot, command.plot);
-    } else if (data.x.size() == 2) {
-        const double margin = about.implicit ? 0.1 : 0;
+    } else if (x.size() == 2) {
+        const double margin = implicit ? 0.1 : 0;
         SurfacePlot plot{title,
                          context.x_names[0],
                          context.x_names[1],
-                         about.implicit ? "" : context.y_names[0],
-                         span_of(data.x[0], 60, margin),
-                         span_of(data.x[1], 60, margin),
+                         implicit ? "" : context.y_names[0],
+                         span_of(x[0], 60, margin),
+                         span_of(x[1], 60, margin),
                          {},
-                         data.x[0],
-                         data.x[1],
-                         data.y};
-        plot.z = evaluate(evaluator, p, grid_of({plot.x, plot.y}));
-        (about.implicit ? draw_zero_curve : draw_surface)(plot, command.plot);
+                         x[0],
+                         x[1],
+                         implicit ? std::vector<double>() : points.y[0]};
+        plot.z = evaluator.values(p, grid_of({plot.x, plot.y}))[0];
+        (implicit ? draw_zero_curve : draw_surface)(plot, command.plot);
     } else {
         throw Error("there are plots for one and for two independent variables only");
     }
 }
 
 /// The independent variables of eval: a grid of the given axes, or columns of a table.
-table::Table points_to_evaluate(const EvalOptions &options, const fit::KnownModel &known)
+table::Table points_to_evaluate(const EvalOptions &options, const KnownModel &known)
 {
-    const auto variables = static_cast<size_t>(known.model.nIndep);
+    const auto variables = static_cast<size_t>(known.nIndep);
     const std::array axes = {options.x, options.y, options.z};
     const auto given = static_cast<size_t>(
         std::count_if(axes.begin(), axes.end(), [](const auto &axis) { return !axis.empty(); }));
@@ -280,25 +288,26 @@ table::Table points_to_evaluate(const EvalOptions &options, const fit::KnownMode
 }
 
 /// Draws a model over the span of the evaluated points.
-void plot_model(const EvalOptions &options, fit::Evaluator &evaluator, const reference::ModelReference &about,
-                const std::vector<double> &p, const table::Table &points)
+void plot_model(const EvalOptions &options, Evaluator &evaluator, const std::vector<double> &p,
+                const table::Table &points)
 {
-    if (evaluator.variables() == 1) {
-        CurvePlot plot = curve_plot(evaluator, about, p, span_of(points.columns[0], 400), {"y", "y2"});
-        plot.title = about.name;
+    const size_t variables = evaluator.model().variables().size();
+    if (variables == 1) {
+        CurvePlot plot = curve_plot(evaluator, p, span_of(points.columns[0], 400), {"y", "y2"});
+        plot.title = evaluator.about().name;
         plot.x_name = points.names[0];
         plot.y_name = "y";
         draw(plot, options.plot);
-    } else if (evaluator.variables() == 2 && evaluator.outputs() == 1) {
+    } else if (variables == 2 && evaluator.model().outputs() == 1) {
         SurfacePlot plot;
-        plot.title = about.name;
+        plot.title = evaluator.about().name;
         plot.x_name = points.names[0];
         plot.y_name = points.names[1];
         plot.z_name = "z";
         plot.x = span_of(points.columns[0], 60);
         plot.y = span_of(points.columns[1], 60);
-        plot.z = evaluate(evaluator, p, grid_of({plot.x, plot.y}));
-        (about.implicit ? draw_zero_curve : draw_surface)(plot, options.plot);
+        plot.z = evaluator.values(p, grid_of({plot.x, plot.y}))[0];
+        (evaluator.model().implicit() ? draw_zero_curve : draw_surface)(plot, options.plot);
     } else {
         throw Error("there are plots for one and for two independent variables only");
     }
@@ -317,21 +326,17 @@ std::string markdown(const std::string &text)
 
 }  // namespace
 
-void list(const fit::Library &library, const std::string &filter)
+void list(const std::string &filter)
 {
-    const auto contains = [&filter](std::string_view text) {
-        return std::search(text.begin(), text.end(), filter.begin(), filter.end(),
-                           [](char a, char b) { return std::tolower(a) == std::tolower(b); }) != text.end();
-    };
     fmt::print("{:<16}  {:>4} {:>4} {:>6}  {:<19} {:>7}  {}\n", "Model", "x", "y", "params", "Export", "Ordinal",
                "Title");
     int catalogued = 0, by_export = 0, placeholders = 0;
     for (const reference::ModelReference &about : reference::models) {
-        if (!contains(about.name) && !contains(about.title)) continue;
+        if (!boost::icontains(about.name, filter) && !boost::icontains(about.title, filter)) continue;
         ++(about.export_only ? by_export : catalogued);
         placeholders += about.placeholder;
-        const fit::Model model = fit::find_model(library, about.name).model;
-        const fit::ExportedModel *exported = fit::find_export(about.name);
+        const KnownModel model = find_model(about.name);
+        const ExportedModel *exported = find_export(about.name);
         fmt::print("{:<16}  {:>4} {:>4} {:>6}  {:<19} {:>7}  {}\n", about.name, model.nIndep, model.nDep,
                    model.nParams, exported ? exported->name : "-",
                    exported ? std::to_string(exported->ordinal) : "-", about.title);
@@ -342,12 +347,12 @@ void list(const fit::Library &library, const std::string &filter)
     fmt::print("\n");
 }
 
-void eval(const fit::Library &library, const EvalOptions &options)
+void eval(const EvalOptions &options)
 {
-    const fit::KnownModel known = fit::find_model(library, options.model);
+    const KnownModel known = find_model(options.model);
     const auto count = static_cast<int>(split(options.parameters, ',').size());
     const bool by_name = options.parameters.find('=') != std::string::npos;
-    const fit::Shape called = fit::shape(known, by_name ? options.nparams : count);
+    const Shape called = shape(known, by_name ? options.nparams : count);
     const std::vector<reference::NamedParameter> &parameters = called.parameters;
     std::vector<double> p(parameters.size());
     const std::vector<bool> set = assign(options.parameters, "--params", parameters, p);
@@ -355,57 +360,48 @@ void eval(const fit::Library &library, const EvalOptions &options)
         if (!set[i]) throw Error("--params: no value for " + parameters[i].name);
 
     table::Table result = points_to_evaluate(options, known);
-    const fit::Variables x = result.columns;
-    const size_t points = x[0].size(), width = p.size();
-    const auto add_columns = [&](const std::vector<double> &rows, size_t columns, const auto &name) {
-        for (size_t i = 0; i < columns; ++i) {
-            result.names.push_back(name(i));
-            result.columns.push_back(report::every(rows, columns, i));
-        }
+    const Columns x = result.columns;
+    const auto add = [&result](const std::string &name, const std::vector<double> &column) {
+        result.names.push_back(name);
+        result.columns.push_back(column);
     };
 
-    fit::Evaluator evaluator(known.model, called.nParams, static_cast<int>(width));
-    const auto outputs = static_cast<size_t>(evaluator.outputs());
-    const std::string value = x.size() == 1 ? "y" : x.size() == 2 && outputs == 1 ? "z" : "value";
-    const auto output_name = [&](size_t k) { return outputs > 1 ? value + std::to_string(k + 1) : value; };
-    add_columns(evaluate(evaluator, p, x), outputs, output_name);
-    const report::Shares shares = evaluate_shares(evaluator, *known.about, p, x);
-    add_columns(shares.rows, static_cast<size_t>(shares.terms),
-                [](size_t i) { return fmt::format("term{}", i + 1); });
+    Evaluator evaluator(known, called);
+    const Columns y = evaluator.values(p, x), shares = evaluator.shares(p, x);
+    const std::string value = x.size() == 1 ? "y" : x.size() == 2 && y.size() == 1 ? "z" : "value";
+    for (size_t k = 0; k < y.size(); ++k) add(y.size() > 1 ? value + std::to_string(k + 1) : value, y[k]);
+    for (size_t k = 0; k < shares.size(); ++k) add(fmt::format("term{}", k + 1), shares[k]);
     if (options.derivatives) {
-        std::vector<double> rows(points * width);
-        evaluator.derivatives(p, x, rows);
-        add_columns(rows, width, [&](size_t i) { return "dy/d" + parameters[i].name; });
+        const Columns derivatives = evaluator.derivatives(p, x);
+        for (size_t i = 0; i < p.size(); ++i) add("dy/d" + parameters[i].name, derivatives[i]);
     }
     fmt::print("{}", options.csv ? table::csv_text(result) : aligned_text(result));
-    if (!options.plot.empty()) plot_model(options, evaluator, *known.about, p, result);
+    if (!options.plot.empty()) plot_model(options, evaluator, p, result);
 }
 
-int fit(const fit::Library &library, const FitCommand &command)
+int fit(const FitCommand &command)
 {
-    const fit::KnownModel known = fit::find_model(library, command.model);
-    const auto [nParams, parameters] = fit::shape(known, command.nparams);
+    const KnownModel known = find_model(command.model);
+    const Shape called = shape(known, command.nparams);
     report::ReportContext context;
     context.model = known.about;
-    context.parameters = parameters;
-    const fit::Data data = read_data(command, known, context);
-    const fit::FitOptions options = read_options(command, *known.about, parameters);
-    fit::Evaluator evaluator(known.model, nParams, static_cast<int>(parameters.size()));
+    const Points points = read_points(command, known, context);
+    Evaluator evaluator(known, called);
+    const fit::Result result =
+        fit::fit(evaluator.model(), points.view(), read_options(command, *known.about, called.parameters));
 
-    const fit::FitResult result = fit(evaluator, *known.about, data, options);
     std::vector<double> p;
     for (const auto &estimate : result.parameters) p.push_back(estimate.value);
-    const report::Shares shares = evaluate_shares(evaluator, *known.about, p, data.x);
-    fmt::print("{}", report::fit_report(result, context, data, shares));
-    if (!command.csv.empty()) table::write_table(command.csv, fit_table(result, context, data, shares));
-    if (!command.plot.empty()) plot_fit(command, evaluator, p, result, context, data);
-    if (!result.converged) {
-        fmt::print(stderr, "curvebank: the fit did not converge\n");
+    const Columns fitted = evaluator.values(p, points.x), shares = evaluator.shares(p, points.x);
+    fmt::print("{}", report::fit_report(result, context, points.x, shares));
+    if (!command.csv.empty()) table::write_table(command.csv, fit_table(context, points, fitted, shares));
+    if (!command.plot.empty()) plot_fit(command, evaluator, p, context, points, fitted);
+    if (!is_success(result.verdict)) {
+        fmt::print(stderr, "curvebank: the fit did not converge: {}\n", report::sentence(result.verdict));
         return exit_not_converged;
     }
     if (!command.certified.empty()) {
-        const report::Comparison comparison =
-            compare(result, context, read_certified(command.certified, parameters.size()));
+        const report::Comparison comparison = report::compare(result, read_certified(command.certified, p.size()));
         fmt::print("\n{}", comparison.text);
         if (comparison.fewest_digits < command.digits) {
             fmt::print(stderr, "curvebank: fewer than {:g} certified digits were found\n", command.digits);
@@ -415,12 +411,12 @@ int fit(const fit::Library &library, const FitCommand &command)
     return 0;
 }
 
-void check(const fit::Library &library, const CheckCommand &command)
+void check(const CheckCommand &command)
 {
-    const fit::KnownModel known = fit::find_model(library, command.model);
+    const KnownModel known = find_model(command.model);
     const table::Table table = table::read_table(command.table);
     const size_t column = table.column(command.column.empty() ? "1" : command.column);
-    DerivativeCheck result = check_derivatives(library, known, command.parameters, table.columns[column]);
+    DerivativeCheck result = check_derivatives(known, command.parameters, table.columns[column]);
     result.table.names[0] = table.names[column];
     fmt::print("{}\n{:<12} {:>18} {:>18} {:>18}\n", aligned_text(result.table), "Parameter", "value",
                "max. disagreement", "at " + table.names[column]);
@@ -433,7 +429,7 @@ void check(const fit::Library &library, const CheckCommand &command)
     }
 }
 
-int check_all(const fit::Library &library)
+int check_all()
 {
     std::vector<std::string_view> value_only;
     size_t compared = 0, unexplained = 0;
@@ -448,7 +444,8 @@ int check_all(const fit::Library &library)
         std::vector<std::vector<double>> axes;
         for (const auto &[low, high] : about.sample_ranges)
             axes.push_back(span_of({low, high}, about.sample_ranges.size() == 1 ? 21 : 7));
-        for (const InexactEntry &entry : inexact_entries(fit::find_model(library, about.name), grid_of(axes))) {
+        const std::vector<double> p(about.sample_parameters.begin(), about.sample_parameters.end());
+        for (const InexactEntry &entry : inexact_entries(find_model(about.name), p, grid_of(axes))) {
             unexplained += entry.holds.empty();
             fmt::print("| {} | {} (d/d{}) | {} | {} |\n", about.name, entry.entry, entry.parameter,
                        entry.holds.empty() ? "unexplained" : markdown(entry.holds),

@@ -1,87 +1,86 @@
-#include "fit/evaluator.h"
+#include "program/evaluator.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <limits>
 
-namespace curvebank::fit {
+namespace curvebank::program {
 namespace {
 
 constexpr double none = std::numeric_limits<double>::quiet_NaN();
 
-/// An output as the host understands it: the missing value and infinities are no numbers to fit with.
+/// An output as the host understands it: the missing value and infinities are no numbers to go on with.
 double output(double value)
 {
     return value == MISSING_VALUE || !std::isfinite(value) ? none : value;
 }
 
+fit::Model engine_model(const KnownModel &known, const Shape &shape)
+{
+    const int terms = known.about->terms(static_cast<int>(shape.parameters.size()));
+    return fit::Model::catalogue(known.about->name, std::max(1, terms));
+}
+
+Columns empty_columns(size_t columns, const Columns &x)
+{
+    return Columns(columns, std::vector<double>(x[0].size(), none));
+}
+
 }  // namespace
 
-Evaluator::Evaluator(const Model &model, int nParams, int parameters)
-    : model_(model), nParams_(nParams), parameters_(parameters)
+Evaluator::Evaluator(const KnownModel &known, const Shape &shape)
+    : known_(known), model_(engine_model(known, shape)), nParams_(shape.nParams), parameters_(shape.parameters.size())
 {
-    const auto room = static_cast<size_t>(CURVEBANK_ROOM(std::max({nParams, parameters, model.nParams})));
+    const auto room = static_cast<size_t>(
+        CURVEBANK_ROOM(std::max({nParams_, static_cast<int>(parameters_), known.nParams})));
     p_.resize(room);
     x_.resize(CURVEBANK_ROOM_X);
     y_.resize(room);
     dy_.resize(room);
 }
 
-void Evaluator::set_parameters(std::span<const double> p)
-{
-    std::copy(p.begin(), p.end(), p_.begin() + 1);
-}
-
-int Evaluator::call(int flags, const Variables &x, size_t point)
+bool Evaluator::call(int flags, const Columns &x, size_t point)
 {
     for (size_t i = 0; i < x.size(); ++i) x_[i + 1] = x[i][point];
-    y_[1] = y_[2] = MISSING_VALUE;
+    std::fill(y_.begin(), y_.end(), MISSING_VALUE);
+    std::fill(dy_.begin(), dy_.end(), MISSING_VALUE);
     errno = 0;
-    return model_.function(static_cast<int16_t>(flags), nullptr, static_cast<int16_t>(nParams_), nullptr, 0,
-                           p_.data(), nullptr, x_.data(), y_.data(), dy_.data());
+    return known_.function(static_cast<int16_t>(flags), nullptr, static_cast<int16_t>(nParams_), nullptr, 0,
+                           p_.data(), nullptr, x_.data(), y_.data(), dy_.data()) == 0;
 }
 
-size_t Evaluator::values(std::span<const double> p, const Variables &x, std::span<double> y)
+Columns Evaluator::values(std::span<const double> p, const Columns &x) const
 {
-    set_parameters(p);
-    size_t failures = 0;
-    const auto outputs = static_cast<size_t>(model_.nDep);
-    for (size_t point = 0; point * outputs < y.size(); ++point) {
-        const bool done = call(EVAL_VALUE, x, point) == 0;
-        for (size_t k = 0; k < outputs; ++k) {
-            double &value = y[point * outputs + k];
-            value = done ? output(y_[k + 1]) : none;
-            failures += std::isnan(value);
-        }
-    }
-    return failures;
+    Columns result = empty_columns(model_.outputs(), x);
+    std::vector<const double *> from;
+    std::vector<double *> to;
+    for (const auto &column : x) from.push_back(column.data());
+    for (auto &column : result) to.push_back(column.data());
+    model_.values(p, from, x[0].size(), to);
+    return result;
 }
 
-void Evaluator::derivatives(std::span<const double> p, const Variables &x, std::span<double> rows)
+Columns Evaluator::derivatives(std::span<const double> p, const Columns &x)
 {
-    if (model_.nDep > 1) {
-        std::fill(rows.begin(), rows.end(), none);
-        return;
-    }
-    set_parameters(p);
-    const auto width = static_cast<size_t>(parameters_);
-    for (size_t point = 0; point * width < rows.size(); ++point) {
-        std::fill(dy_.begin(), dy_.end(), MISSING_VALUE);
-        const bool done = call(EVAL_DERIVS, x, point) == 0;
-        for (size_t i = 0; i < width; ++i) rows[point * width + i] = done ? output(dy_[i + 1]) : none;
-    }
+    std::copy(p.begin(), p.end(), p_.begin() + 1);
+    Columns result = empty_columns(parameters_, x);
+    for (size_t point = 0; model_.outputs() == 1 && point < x[0].size(); ++point)
+        if (call(EVAL_DERIVS, x, point))
+            for (size_t i = 0; i < result.size(); ++i) result[i][point] = output(dy_[i + 1]);
+    return result;
 }
 
-void Evaluator::contributions(std::span<const double> p, const Variables &x, int terms, std::span<double> rows)
+Columns Evaluator::shares(std::span<const double> p, const Columns &x)
 {
-    set_parameters(p);
-    const auto width = static_cast<size_t>(terms);
-    for (size_t point = 0; point * width < rows.size(); ++point) {
-        std::fill(y_.begin(), y_.end(), MISSING_VALUE);
+    if (!about().contributions) return {};
+    std::copy(p.begin(), p.end(), p_.begin() + 1);
+    Columns result = empty_columns(static_cast<size_t>(about().terms(static_cast<int>(parameters_))), x);
+    for (size_t point = 0; point < x[0].size(); ++point) {
         call(EVAL_VALUE, x, point);
-        for (size_t i = 0; i < width; ++i) rows[point * width + i] = output(y_[i + 2]);
+        for (size_t k = 0; k < result.size(); ++k) result[k][point] = output(y_[k + 2]);
     }
+    return result;
 }
 
-}  // namespace curvebank::fit
+}  // namespace curvebank::program

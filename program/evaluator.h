@@ -1,45 +1,43 @@
-// Evaluation of a model at many points, through the calling contract.
+// A model at many points: its value, and what its calls give besides.
 
 #pragma once
 
 #include <span>
 #include <vector>
 
-#include "fit/library.h"
+#include "curvebank/fit/model.h"
+#include "program/known_model.h"
 
-namespace curvebank::fit {
+namespace curvebank::program {
 
-/// The independent variables of a set of points: one column of equal length each.
-using Variables = std::vector<std::vector<double>>;
+/// Columns of equal length: the independent variables of a set of points, or what a model gives there.
+using Columns = std::vector<std::vector<double>>;
 
-/// Calls one model with a given number of parameters. Its arrays are allocated once.
+/// A model with a given number of parameters.
 class Evaluator {
 public:
-    /// nParams is the count passed in every call, parameters the number of parameters the model reads.
-    Evaluator(const Model &model, int nParams, int parameters);
+    Evaluator(const KnownModel &known, const Shape &shape);
 
-    int parameters() const { return parameters_; }
-    int variables() const { return model_.nIndep; }
-    int outputs() const { return model_.nDep; }
+    const reference::ModelReference &about() const { return *known_.about; }
+    const fit::Model &model() const { return model_; }  ///< for the engine
 
-    /// The value at every point, outputs() numbers a point; NaN where the model gives none. Returns the number of
-    /// NaN.
-    size_t values(std::span<const double> p, const Variables &x, std::span<double> y);
+    /// A column an output. NaN where the model gives none, here and in the others.
+    Columns values(std::span<const double> p, const Columns &x) const;
 
-    /// The model's own derivatives, row by row: entry i of row r is the derivative at point r with respect to p[i].
-    /// NaN where the model gives none, as models of two outputs never do.
-    void derivatives(std::span<const double> p, const Variables &x, std::span<double> rows);
+    /// The model's own derivatives, a column a parameter. Models of two outputs have none.
+    Columns derivatives(std::span<const double> p, const Columns &x);
 
-    /// The shares of the first terms terms, row by row; NaN where a term is not written.
-    void contributions(std::span<const double> p, const Variables &x, int terms, std::span<double> rows);
+    /// The share of each term in the value, a column a term; none for models that do not tell it.
+    Columns shares(std::span<const double> p, const Columns &x);
 
 private:
-    int call(int flags, const Variables &x, size_t point);
-    void set_parameters(std::span<const double> p);
+    bool call(int flags, const Columns &x, size_t point);
 
-    Model model_;
-    int nParams_, parameters_;
+    KnownModel known_;
+    fit::Model model_;
+    int nParams_;
+    size_t parameters_;
     std::vector<double> p_, x_, y_, dy_;
 };
 
-}  // namespace curvebank::fit
+}  // namespace curvebank::program

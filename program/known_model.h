@@ -5,18 +5,27 @@
 #include <string_view>
 #include <vector>
 
-#include "fit/library.h"
+#include "curvebank/model_func.h"
 #include "reference/reference.h"
 
-namespace curvebank::fit {
+namespace curvebank::program {
 
 struct KnownModel {
-    Model model;
+    ModelFunc function;
+    int nIndep, nDep, nParams;  ///< the counts of the catalogue
     const reference::ModelReference *about;
 };
 
 /// The model of that name, ignoring case. Throws Error with the nearest names when there is none.
-KnownModel find_model(const Library &library, std::string_view name);
+KnownModel find_model(std::string_view name);
+
+/// A model as the library exports it.
+struct ExportedModel {
+    std::string_view name;
+    int ordinal;
+    std::string_view catalogue_name;  ///< empty where the catalogue has no row for it
+    ModelFunc function;
+};
 
 /// The export of a model by its catalogue name, or null.
 const ExportedModel *find_export(std::string_view catalogue_name);
@@ -31,4 +40,4 @@ struct Shape {
 /// throws Error where the number does not fit.
 Shape shape(const KnownModel &known, int wanted);
 
-}  // namespace curvebank::fit
+}  // namespace curvebank::program

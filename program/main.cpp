@@ -3,12 +3,10 @@
 #include <cstdio>
 
 #include <fmt/format.h>
-#include <glog/logging.h>
 #include <CLI/CLI.hpp>
 
 #include "platform/error.h"
 #include "program/commands.h"
-#include "program/installed_library.h"
 
 namespace curvebank::program {
 namespace {
@@ -18,7 +16,7 @@ int run(int argc, char **argv)
     CLI::App app("Lists, shows, evaluates and fits the models of a Curvebank library.", "curvebank");
     app.require_subcommand(1);
     app.footer(
-        "The library is the one built or installed with this program, or the file named by CURVEBANK_LIBRARY.");
+        "Exits with 0 on success, 1 after an error, 2 when a fit did not converge, 3 when --digits were not reached.");
 
     std::string filter, name;
     CLI::App *list_app = app.add_subcommand("list", "The models, a line each");
@@ -55,6 +53,7 @@ int run(int argc, char **argv)
         ->check(CLI::Range(1, 1000));
     fit_app->add_option("--start", fit_options.start, "1,2,3 or name=value,... (default: the model's sample)");
     fit_app->add_option("--fix", fit_options.fix, "name or name=value,...");
+    fit_app->add_option("--free", fit_options.free, "name,...: constants that the model keeps unless asked");
     fit_app->add_option("--lower", fit_options.lower, "lower bounds: name=value,...");
     fit_app->add_option("--upper", fit_options.upper, "upper bounds: name=value,...");
     fit_app->add_option("--confidence", fit_options.confidence, "level of the intervals")
@@ -79,21 +78,24 @@ int run(int argc, char **argv)
     check_app->add_flag("--all", check_options.all, "all models at their samples: a table of the inexact entries")
         ->excludes(checked);
 
-    CLI11_PARSE(app, argc, argv);
-    const fit::Library library = installed_library();
-    if (list_app->parsed()) list(library, filter);
-    if (show_app->parsed()) show(library, name);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError &error) {
+        return app.exit(error) == 0 ? 0 : exit_error;
+    }
+    if (list_app->parsed()) list(filter);
+    if (show_app->parsed()) show(name);
     if (eval_app->parsed()) {
         if (eval_options.x.empty() && eval_options.table.empty()) throw Error("eval needs --x or --table");
-        eval(library, eval_options);
+        eval(eval_options);
     }
-    if (check_options.all) return check_all(library);
+    if (check_options.all) return check_all();
     if (check_app->parsed()) {
         if (check_options.table.empty() || check_options.parameters.empty())
             throw Error("check needs a model, a table and --params, or --all");
-        check(library, check_options);
+        check(check_options);
     }
-    return fit_app->parsed() ? fit(library, fit_options) : 0;
+    return fit_app->parsed() ? fit(fit_options) : 0;
 }
 
 }  // namespace
@@ -101,12 +103,10 @@ int run(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    FLAGS_minloglevel = google::FATAL;  // the solver's own remarks are not for the user
-    google::InitGoogleLogging(argv[0]);
     try {
         return curvebank::program::run(argc, argv);
     } catch (const std::exception &error) {
         fmt::print(stderr, "curvebank: {}\n", error.what());
-        return 1;
+        return curvebank::program::exit_error;
     }
 }

@@ -11,8 +11,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include "fit/fit.h"
-#include "fit/known_model.h"
+#include "program/known_model.h"
 #include "reference/reference.h"
 
 namespace curvebank::program {
@@ -74,10 +73,11 @@ std::string width_text(const ModelReference &about, std::string_view width)
 
 }  // namespace
 
-void show(const fit::Library &library, const std::string &name)
+void show(const std::string &name)
 {
-    const auto [model, about] = fit::find_model(library, name);
-    const fit::ExportedModel *exported = fit::find_export(about->name);
+    const KnownModel model = find_model(name);
+    const ModelReference *const about = model.about;
+    const ExportedModel *exported = find_export(about->name);
     const auto line = [](const char *label, std::string_view text) {
         if (!text.empty()) fmt::print("{:<14}{}\n", label, text);
     };

@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "platform/error.h"
-#include "program/expression.h"
+#include "program/arguments.h"
 
 namespace curvebank::program {
 namespace {
@@ -14,14 +14,14 @@ thread_local Worksheet *current = nullptr;
 
 }  // namespace
 
-bool Worksheet::run(decltype(&FuncTest) command, const std::string &name_text, const std::string &command_text,
-                    const std::string &column_text, int message)
+bool Worksheet::run(const std::string &name_text, const std::string &command_text, const std::string &column_text,
+                    int message)
 {
     numbers_.clear();
     failure_.clear();
     current = this;
-    return command(nullptr, name_text.c_str(), command_text.c_str(), column_text.c_str(), answer,
-                   static_cast<uint16_t>(message)) != 0;
+    return FuncTest(nullptr, name_text.c_str(), command_text.c_str(), column_text.c_str(), answer,
+                    static_cast<uint16_t>(message)) != 0;
 }
 
 intptr_t Worksheet::answer(intptr_t, int32_t request, const void *a, void *b)
@@ -51,7 +51,7 @@ intptr_t Worksheet::find_column(const char *name, RowRange *rows)
 intptr_t Worksheet::eval_number(const char *text, double *value)
 {
     try {
-        *value = Expression(text)({});
+        *value = parse_number(text, "--params");
     } catch (const Error &error) {  // must not pass through the library, which is C to its callers
         failure_ = error.what();
         return 1;

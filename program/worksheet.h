@@ -19,8 +19,8 @@ public:
     const std::vector<double> &column(const std::string &name) const { return columns_.at(name); }
 
     /// Runs one command on this worksheet and says whether it was handled.
-    bool run(decltype(&FuncTest) command, const std::string &name_text, const std::string &command_text,
-             const std::string &column_text, int message);
+    bool run(const std::string &name_text, const std::string &command_text, const std::string &column_text,
+             int message);
 
     /// The values of the last command's parameters, and why one had none (empty otherwise).
     const std::vector<double> &numbers() const { return numbers_; }

@@ -1,19 +1,15 @@
 #include "reference/reference.h"
 
 #include <algorithm>
-#include <cctype>
+#include <locale>
 #include <numeric>
 #include <utility>
 
+#include <boost/algorithm/string/case_conv.hpp>
+#include <boost/algorithm/string/predicate.hpp>
+
 namespace curvebank::reference {
 namespace {
-
-std::string lower(std::string_view text)
-{
-    std::string result(text);
-    for (char &c : result) c = static_cast<char>(std::tolower(c));
-    return result;
-}
 
 /// Levenshtein distance: insertions, deletions and replacements between two words.
 size_t edit_distance(const std::string &a, const std::string &b)
@@ -68,18 +64,18 @@ std::string ModelReference::text() const
 
 const ModelReference *find(std::string_view name)
 {
-    const std::string wanted = lower(name);
-    const auto found = std::find_if(models.begin(), models.end(),
-                                    [&](const ModelReference &entry) { return lower(entry.name) == wanted; });
+    const auto found = std::find_if(models.begin(), models.end(), [name](const ModelReference &entry) {
+        return boost::iequals(entry.name, name, std::locale::classic());
+    });
     return found == models.end() ? nullptr : &*found;
 }
 
 std::vector<std::string_view> nearest_names(std::string_view name)
 {
-    const std::string wanted = lower(name);
+    const std::string wanted = boost::to_lower_copy(std::string(name));
     std::vector<std::pair<size_t, std::string_view>> ranked;
     for (const ModelReference &entry : models) {
-        const std::string candidate = lower(entry.name);
+        const std::string candidate = boost::to_lower_copy(std::string(entry.name));
         size_t distance = edit_distance(wanted, candidate);
         if (!wanted.empty() && candidate.find(wanted) != std::string::npos)
             distance = std::min(distance, size_t{1});

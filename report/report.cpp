@@ -15,55 +15,68 @@ std::string digits(double value, int count)
     return std::isnan(value) ? "-" : fmt::format("{:.{}g}", value, count);
 }
 
+/// The ends of an interval, with enough digits to see its width.
+std::string interval_text(const fit::Estimate &estimate)
+{
+    const double size = std::max(std::fabs(estimate.lower), std::fabs(estimate.upper));
+    const double width = estimate.upper - estimate.lower, beyond = width > 0 ? std::log10(size / width) : 0;
+    const int count = std::clamp(static_cast<int>(beyond) + 4, 8, 15);
+    return fmt::format("{:>16} {:>17}", digits(estimate.lower, count), digits(estimate.upper, count));
+}
+
 /// Orders by absolute value; a NaN is smaller than any number.
 bool smaller_in_size(double a, double b)
 {
     return std::isnan(a) ? !std::isnan(b) : std::fabs(a) < std::fabs(b);
 }
 
-std::string note(const fit::ParameterEstimate &estimate)
+/// Why a parameter has no interval.
+std::string_view note(const fit::Estimate &estimate)
 {
     if (estimate.fixed) return "fixed";
     if (estimate.at_bound) return "at its bound";
-    return "";
+    return "none";
 }
 
-std::string derivatives(const fit::FitResult &result, const ReportContext &context)
+/// The place of the largest of a term's shares.
+std::string largest_share(const std::vector<double> &share, const ReportContext &context, const Columns &x)
 {
-    std::vector<std::string> numeric;
-    size_t free = 0;
-    for (size_t i = 0; i < result.parameters.size(); ++i) {
-        free += !result.parameters[i].fixed;
-        if (result.parameters[i].numeric_derivative) numeric.push_back(context.parameters[i].name);
-    }
-    if (numeric.empty()) return "the model's own";
-    if (numeric.size() == free) return "numeric: the model's own are missing or not the exact partials";
-    return fmt::format("the model's own; numeric for {}, where the model's are missing or not the exact partials",
-                       fmt::join(numeric, ", "));
+    const auto largest = std::max_element(share.begin(), share.end(), smaller_in_size);
+    std::vector<std::string> place;
+    for (size_t i = 0; i < x.size(); ++i)
+        place.push_back(
+            fmt::format("{} = {}", context.x_names[i], digits(x[i][static_cast<size_t>(largest - share.begin())], 6)));
+    return fmt::format("largest share {} at {}", digits(*largest, 6), fmt::join(place, ", "));
 }
 
 }  // namespace
 
-std::vector<double> every(const std::vector<double> &values, size_t step, size_t first)
+std::string_view sentence(fit::Verdict verdict)
 {
-    std::vector<double> chosen;
-    for (size_t i = first; i < values.size(); i += step) chosen.push_back(values[i]);
-    return chosen;
+    switch (verdict) {
+        case fit::Verdict::converged: return "the parameters are at a minimum of the sum of squares";
+        case fit::Verdict::exact: return "the curve goes through the data but for rounding";
+        case fit::Verdict::no_influence: return "a parameter does nothing that the data could see";
+        case fit::Verdict::not_separated: return "the data do not determine all parameters separately";
+        case fit::Verdict::runs_to_infinity: return "the fit improves the further a parameter grows";
+        case fit::Verdict::no_better_than_constant: return "a constant would do as well";
+        case fit::Verdict::no_progress: return "no step improves the fit, and yet it is at no minimum";
+        case fit::Verdict::iteration_limit: return "the limit of iterations was reached";
+        case fit::Verdict::domain_left: return "the model's domain was left";
+        case fit::Verdict::overflow: return "the numbers became too large";
+        case fit::Verdict::stopped: return "the fit was stopped";
+    }
+    return "";
 }
 
-std::vector<double> Shares::of_term(int term) const
-{
-    return every(rows, static_cast<size_t>(terms), static_cast<size_t>(term));
-}
-
-std::string fit_report(const fit::FitResult &result, const ReportContext &context, const fit::Data &data,
-                       const Shares &shares)
+std::string fit_report(const fit::Result &result, const ReportContext &context, const Columns &x,
+                       const Columns &shares)
 {
     const reference::ModelReference &about = *context.model;
     std::string text = fmt::format("{}: {}\n", about.name, about.title);
     text += fmt::format("    {} = {}\n", about.implicit ? "0" : context.y_names[0], about.text());
     if (!about.second.empty()) text += fmt::format("    {} = {}\n", context.y_names[1], about.second);
-    text += fmt::format("\nData: {}, {} points", context.data_file, data.x[0].size());
+    text += fmt::format("\nData: {}, {} points", context.data_file, x[0].size());
     if (context.skipped_rows > 0)
         text +=
             fmt::format(" ({} rows skipped: a cell was missing, unreadable or not allowed)", context.skipped_rows);
@@ -71,48 +84,39 @@ std::string fit_report(const fit::FitResult &result, const ReportContext &contex
     text += "\n\n";
 
     size_t width = 9;
-    for (const auto &parameter : context.parameters) width = std::max(width, parameter.name.size());
+    for (const auto &estimate : result.parameters) width = std::max(width, estimate.name.size());
     const std::string interval = fmt::format("{:g}% confidence interval", 100 * result.confidence);
     text +=
         fmt::format("{:<{}}  {:>21}  {:>14}  {:>34}\n", "Parameter", width, "Estimate", "Standard error", interval);
-    for (size_t i = 0; i < result.parameters.size(); ++i) {
-        const fit::ParameterEstimate &estimate = result.parameters[i];
-        const std::string range =
-            std::isnan(estimate.lower)
-                ? note(estimate)
-                : fmt::format("{:>16} {:>17}", digits(estimate.lower, 8), digits(estimate.upper, 8));
-        text += fmt::format("{:<{}}  {:>21}  {:>14}  {:>34}\n", context.parameters[i].name, width,
-                            digits(estimate.value, 13), digits(estimate.standard_error, 6), range);
+    for (const fit::Estimate &estimate : result.parameters) {
+        const std::string range = std::isnan(estimate.lower) ? std::string(note(estimate)) : interval_text(estimate);
+        text += fmt::format("{:<{}}  {:>21}  {:>14}  {:>34}\n", estimate.name, width, digits(estimate.value, 13),
+                            digits(estimate.standard_error, 6), range);
     }
-    for (int k = 0; shares.terms > 1 && k < shares.terms; ++k) {
-        const std::vector<double> share = shares.of_term(k);
-        const auto largest = std::max_element(share.begin(), share.end(), smaller_in_size);
-        if (k == 0) text += "\n";
-        std::vector<std::string> place;
-        for (size_t i = 0; i < data.x.size(); ++i) {
-            const double x = data.x[i][static_cast<size_t>(largest - share.begin())];
-            place.push_back(fmt::format("{} = {}", context.x_names[i], digits(x, 6)));
-        }
-        text += fmt::format("{:<28}largest share {} at {}\n", fmt::format("Term {}", k + 1), digits(*largest, 6),
-                            fmt::join(place, ", "));
-    }
-    const auto line = [&text](const char *label, const std::string &value) {
+    const auto line = [&text](std::string_view label, std::string_view value) {
         text += fmt::format("{:<28}{}\n", label, value);
     };
     text += "\n";
+    if (shares.size() > 1) {
+        for (size_t k = 0; k < shares.size(); ++k)
+            line(fmt::format("Term {}", k + 1), largest_share(shares[k], context, x));
+        text += "\n";
+    }
     line("Residual sum of squares", digits(result.sum_of_squares, 13));
     line("Residual standard deviation", digits(result.residual_sd, 13));
-    line("R squared", digits(result.r_squared, 13));
     line("Degrees of freedom", fmt::format("{}", result.degrees_of_freedom));
+    line("R squared", digits(result.r_squared, 13));
+    line("Adjusted R squared", digits(result.adjusted_r_squared, 13));
+    line("AICc", digits(result.aicc, 10));
+    line("Relative offset", digits(result.relative_offset, 3));
     line("Iterations", fmt::format("{}", result.iterations));
-    line("Derivatives", derivatives(result, context));
-    line(result.converged ? "Converged" : "NOT CONVERGED", result.stop_reason);
-    if (result.dependent)
-        line("Warning", "the data do not determine all parameters separately; there are no standard errors");
+    text += "\n";
+    line(is_success(result.verdict) ? "Converged" : "NOT CONVERGED", sentence(result.verdict));
+    for (const std::string &remark : result.notes) line("", remark);
     return text;
 }
 
-Comparison compare(const fit::FitResult &result, const ReportContext &context, const std::vector<double> &certified)
+Comparison compare(const fit::Result &result, const std::vector<double> &certified)
 {
     Comparison comparison{fmt::format("{:<10}  {:>22}  {:>22}  {}\n", "Parameter", "Certified", "Found", "Digits"),
                           99};
@@ -121,7 +125,7 @@ Comparison compare(const fit::FitResult &result, const ReportContext &context, c
         // Certified values have 15 digits at the most; agreement beyond them is not counted.
         const double agree = error == 0 ? 15 : std::clamp(-std::log10(error / std::fabs(certified[i])), 0.0, 15.0);
         comparison.fewest_digits = std::min(comparison.fewest_digits, agree);
-        comparison.text += fmt::format("{:<10}  {:>22.15g}  {:>22.15g}  {:>6.1f}\n", context.parameters[i].name,
+        comparison.text += fmt::format("{:<10}  {:>22.15g}  {:>22.15g}  {:>6.1f}\n", result.parameters[i].name,
                                        certified[i], found, agree);
     }
     return comparison;

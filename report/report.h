@@ -1,43 +1,38 @@
-// What a fit found, as text to read and as a table to go on with.
+// What a fit found, as text to read.
 
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "fit/fit.h"
+#include "curvebank/fit/fit.h"
+#include "reference/reference.h"
 
 namespace curvebank::report {
+
+using Columns = std::vector<std::vector<double>>;
 
 /// What a report says besides the result itself.
 struct ReportContext {
     const reference::ModelReference *model = nullptr;
-    std::vector<reference::NamedParameter> parameters;  ///< names and meanings in order
     std::string data_file, weights_name;
     std::vector<std::string> x_names, y_names;  ///< an implicit model has no y
     size_t skipped_rows = 0;
 };
 
-/// values[first], values[first + step], ...: one column of values stored row by row.
-std::vector<double> every(const std::vector<double> &values, size_t step, size_t first);
+/// How a fit ended, as a person says it.
+std::string_view sentence(fit::Verdict verdict);
 
-/// What each of several terms contributes at the points of the data.
-struct Shares {
-    int terms = 0;
-    std::vector<double> rows;  ///< terms values a point
-
-    std::vector<double> of_term(int term) const;
-};
-
-std::string fit_report(const fit::FitResult &result, const ReportContext &context, const fit::Data &data,
-                       const Shares &shares);
+/// The result of a fit to points at x, where each of several terms has the shares in a column of its own.
+std::string fit_report(const fit::Result &result, const ReportContext &context, const Columns &x,
+                       const Columns &shares);
 
 /// Certified parameters beside the found ones, and the number of digits on which they agree.
 struct Comparison {
     std::string text;
     double fewest_digits;
 };
-Comparison compare(const fit::FitResult &result, const ReportContext &context,
-                   const std::vector<double> &certified);
+Comparison compare(const fit::Result &result, const std::vector<double> &certified);
 
 }  // namespace curvebank::report

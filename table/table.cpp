@@ -1,7 +1,6 @@
 #include "table/table.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <fstream>
 #include <limits>
@@ -13,6 +12,7 @@
 
 #include "platform/error.h"
 #include "platform/names.h"
+#include "table/number.h"
 
 namespace curvebank::table {
 namespace {
@@ -20,15 +20,6 @@ namespace {
 using Row = std::vector<std::string>;
 
 constexpr double missing = std::numeric_limits<double>::quiet_NaN();
-
-double number(const std::string &cell)
-{
-    const char *begin = cell.data(), *const end = begin + cell.size();
-    if (begin != end && *begin == '+') ++begin;
-    double value = missing;
-    const auto [stop, error] = std::from_chars(begin, end, value);
-    return error == std::errc() && stop == end && std::isfinite(value) ? value : missing;
-}
 
 /// The file without its comments and byte order mark.
 std::string read_text(const std::string &file)
@@ -83,7 +74,7 @@ size_t Table::column(const std::string &name) const
 {
     for (size_t i = 0; i < names.size(); ++i)
         if (platform::same_name(names[i].c_str(), name.c_str())) return i;
-    const double position = number(name);
+    const double position = read_number(name).value_or(missing);
     if (position >= 1 && position <= static_cast<double>(names.size()) && position == std::floor(position))
         return static_cast<size_t>(position) - 1;
     throw Error(fmt::format("no column {}; the columns are {}", name, fmt::join(names, ", ")));
@@ -97,7 +88,7 @@ Table read_table(const std::string &file)
     Table table;
     const Row first = rows.front();
     const bool header =
-        std::any_of(first.begin(), first.end(), [](const auto &cell) { return std::isnan(number(cell)); });
+        std::any_of(first.begin(), first.end(), [](const auto &cell) { return !read_number(cell); });
     if (header) {
         table.names = first;
         rows.erase(rows.begin());
@@ -107,7 +98,7 @@ Table read_table(const std::string &file)
     table.columns.resize(table.names.size());
     for (const Row &row : rows)
         for (size_t i = 0; i < table.columns.size(); ++i)
-            table.columns[i].push_back(i < row.size() ? number(row[i]) : missing);
+            table.columns[i].push_back(i < row.size() ? read_number(row[i]).value_or(missing) : missing);
     return table;
 }
 

@@ -26,8 +26,8 @@ enum {
 /* The mark of an output that could not be computed (bit pattern 0x81aa74fe1c132c0e). */
 #define MISSING_VALUE (-1.23456789e-300)
 
-/* How many elements the arrays of a call need at the most, element 0 included: p, y and dy this many for the count
- * nParams or, where that is more, the count that the catalogue has for the model; x always CURVEBANK_ROOM_X. */
+/* How many elements the arrays of a call need at the most, element 0 included: p, y and dy this many for
+ * nParams or, where that is more, for the count that the catalogue has for the model; x always CURVEBANK_ROOM_X. */
 #define CURVEBANK_ROOM(nParams) (2 * (nParams) + 2)
 #define CURVEBANK_ROOM_X 4
 
@@ -42,9 +42,9 @@ enum {
  *   dy        derivatives of y[1] with respect to p[1..nParams]
  *   reserved  never read; pass 0
  *
- * Some models read and write more entries of p, y and dy than these counts say: some of those whose names end in EVP
- * have more parameters, and some of repeated terms space them wider than they count them. CURVEBANK_ROOM says how far
- * any call may go.
+ * Some models read and write more entries of p, y and dy than these counts say: some of those whose names end in
+ * EVP have more parameters, and some of repeated terms space them wider than they count them. CURVEBANK_ROOM says
+ * how far any call may go.
  *
  * The error variable must be 0 on entry: a model reads it after its exponentials and powers, and 33
  * (EDOM) or 34 (ERANGE) left over from an earlier computation makes it fail.

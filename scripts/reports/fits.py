@@ -6,6 +6,7 @@ curve_fit stops at the loosest of its tolerances that brings the relative offset
 """
 
 import json
+import os
 import subprocess
 import sys
 import time
@@ -14,10 +15,11 @@ from pathlib import Path
 import numpy as np
 from scipy.optimize import curve_fit
 
-from markdown import write_table
+from markdown import renew, table
 
 TOLERANCES = (1e-4, 1e-6, 1e-8, 1e-10, 1e-12, 1e-15)
 OFFSET = 1e-6
+DOCUMENT = Path(__file__).parents[2] / "docs/fit_performance.md"
 
 
 def two_gaussians(x, y0, xc1, w1, A1, xc2, w2, A2):
@@ -96,12 +98,14 @@ def main():
         x, y = np.fromfile(data / f"{ours['name']}.data").reshape(2, -1)
         f, jac = PEERS[ours["name"].split("_")[0]]
         peer, offset = fit_peer(f, jac, x, y, ours["start"])
-        rows.append((ours["name"].rsplit("_", 1)[0].replace("_", " "), f"{ours['points']:,}", str(ours["threads"]),
+        rows.append([ours["name"].rsplit("_", 1)[0].replace("_", " "), f"{ours['points']:,}", str(ours["threads"]),
                      f"{1e3 * ours['seconds']:.3f}", f"{ours['offset']:.0e}", f"{1e3 * peer:.2f}", f"{offset:.0e}",
-                     f"{peer / ours['seconds']:.1f}"))
-        print(*rows[-1], sep="\t", flush=True)
-    write_table(folder / "fits.md", "fits",
-                ("problem", "points", "threads", "ms", "relative offset", "curve_fit, ms", "its offset", "ratio"), rows)
+                     f"{peer / ours['seconds']:.1f}"])
+    tables = {"fits": table(["problem", "points", "threads", "ms", "its offset", "curve_fit, ms", "its offset", "ratio"],
+                            rows),
+              "load": table(["other work meanwhile (load)"], [[f"{os.getloadavg()[1]:.1f}"]])}
+    print("\n\n".join(tables.values()))
+    (folder / DOCUMENT.name).write_text(renew(DOCUMENT.read_text(), tables))
 
 
 if __name__ == "__main__":

@@ -4,10 +4,10 @@
 //
 // Every model is called N times, a million unless told otherwise, with random and special arguments and such near
 // its sample, all flags, and counts of its own and others. A call depends on the seed, the model's name and its
-// number alone, so that --first and
-// --calls repeat any of them. Compared are the result, both error variables and every entry within reach with a few
-// beyond it, written or not; any NaN equals any other. Prints a line for each model that differs, its first such
-// call and the totals; the exit code is 1 where anything differs and 2 where nothing could be compared.
+// number alone, so that --first and --calls repeat any of them. Compared are the result, both error variables and
+// every entry within reach with a few beyond it, written or not; any NaN equals any other. Prints a line for each
+// model that differs, its first such call and the totals; the exit code is 1 where anything differs and 2 where
+// nothing could be compared.
 
 #include <algorithm>
 #include <atomic>

@@ -35,14 +35,14 @@ Digits50 difference(Function &&value)
 TEST_CASE("derivatives agree with 50-digit differences, and double precision with both")
 {
     std::mt19937 random(1);
-    for (const std::string &text : curvebank::test::formulas()) {
+    for (const std::string &text : curvebank::test::formulas_and_models()) {
         CAPTURE(text);
         const Formula formula = Formula::parse(text);
         const std::vector<std::string> names = formula.names();
         const std::vector<Formula> all = formula.with_derivatives(names);
         Evaluator<Digits50> value({formula}, names), exact(all, names);
         Evaluator<double> rounded(all, names);
-        for (int repeat = 0; repeat < 8; ++repeat) {
+        for (int repeat = 0; repeat < 4; ++repeat) {
             std::vector<double> point;
             for (size_t i = 0; i < names.size(); ++i)
                 point.push_back(0.3 + static_cast<double>(random() % 2048) / 1024);
@@ -60,7 +60,8 @@ TEST_CASE("derivatives agree with 50-digit differences, and double precision wit
                 if (isnan(differences)) continue;  // a power of a negative number
                 const Digits50 size = abs(differences) + abs(expected[0]) + Digits50(1e-30);
                 CHECK(abs(expected[i + 1] - differences) <= 1e-25 * size);
-                CHECK(static_cast<double>(abs(found[i + 1] - expected[i + 1]) / size) <= 1e-12);
+                if (size < 1e150)  // what a double can be asked for
+                    CHECK(static_cast<double>(abs(found[i + 1] - expected[i + 1]) / size) <= 1e-12);
             }
         }
     }
@@ -117,6 +118,28 @@ TEST_CASE("the derivative of gammap in its first argument has full accuracy")
         }
     CHECK(std::isnan(evaluate<double>(shape, {{"a", -1}, {"z", 1}})));
     CHECK(evaluate<double>(shape, {{"a", 2}, {"z", 0}}) == 0);
+}
+
+TEST_CASE("functions answer at the ends of the number line")
+{
+    // On both sides of where the expansion changes: d ln(I0) = (I1/I0) dx = (1 - 1/(2 x) - ...) dx.
+    const auto digits = [](const char *text) {
+        return static_cast<double>(evaluate<Digits50>(Formula::parse(text), {}));
+    };
+    CHECK(digits("ln(besseli0(1000.5)/besseli0(999.5)) - besseli1(1000)/besseli0(1000)") ==
+          doctest::Approx(0).epsilon(1e-9));
+    CHECK(digits("besseli1(-1000.5)/besseli1(1000.5)") == -1);
+    CHECK(digits("gammap(1e6, 1e6)") == doctest::Approx(evaluate<double>(Formula::parse("gammap(1e6, 1e6)"), {})));
+    for (const char *text : {"lgamma(-3266666666666.75)", "trigamma(-3e9 - 0.25)", "gamma(-3e9 - 0.5)"})
+        CHECK(digits(text) == doctest::Approx(evaluate<double>(Formula::parse(text), {})).epsilon(1e-14));
+    for (const char *text :
+         {"besseli1(0/0)", "trigamma(0/0)", "gammap(0/0, 1)", "gammap(1, 0/0)", "gamma(-1)", "lgamma(-3e9)"}) {
+        CAPTURE(text);
+        CHECK(std::isnan(evaluate<double>(Formula::parse(text), {})));
+        CHECK(isnan(evaluate<Digits50>(Formula::parse(text), {})));
+    }
+    CHECK(isinf(evaluate<Digits50>(Formula::parse("besseli0(1/0)"), {})));
+    CHECK(isnan(evaluate<Digits50>(Formula::parse("gammap(1e300, 1e300)"), {})));
 }
 
 TEST_CASE("second derivatives are derivatives, as far as there are functions for them")

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "reference/reference.h"
+
 namespace curvebank::test {
 
 /// Every operation at least once, and what its derivatives mind; names are x and parameters.
@@ -27,6 +29,16 @@ inline std::vector<std::string> formulas()
         "2*a*(3*b*(0.5*x)) - (a - 0)*1*b + pi*a/4 + a/3 + (a + a)*(b - b) + 1.60217662e-19*1e19*a",
         "a*x - -(b - x) - (-a - (-b)) + -(-(a*-x)) - (-b/-c)",
     };
+    return all;
+}
+
+/// Those and the formulas of all models.
+inline std::vector<std::string> formulas_and_models()
+{
+    std::vector<std::string> all = formulas();
+    for (const reference::ModelReference &model : reference::models)
+        for (const std::string_view text : {model.formula, model.second, model.term})
+            if (!text.empty()) all.emplace_back(text);
     return all;
 }
 

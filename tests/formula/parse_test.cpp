@@ -51,7 +51,7 @@ TEST_CASE("operators bind as in mathematics")
         {"log(x) + min(a, b, c)", "ln(x) + min(min(a, b), c)"},
         {" x\t*\ny ", "x*y"},
     };
-    for (const auto &[text, meaning] : pairs) CHECK_MESSAGE(same(text, meaning), text);
+    for (const auto &pair : pairs) CHECK_MESSAGE(same(pair.first, pair.second), pair.first);
 }
 
 TEST_CASE("a function's name is one only before a bracket, and names keep the order of the text")
@@ -100,22 +100,30 @@ TEST_CASE("an error shows the column, what was expected and the place")
         {std::string("a\0b", 3), "column 2: expected an operator or the end, found the byte 0x00"},
         {"a*\xff", "column 3: expected a number, a name or \"(\", found the byte 0xff"},
     };
-    for (const auto &[text, start] : cases) CHECK_MESSAGE(error(text).starts_with(start), error(text));
+    for (const auto &[text, start] : cases) {
+        const std::string message = error(text);
+        CHECK_MESSAGE(message.starts_with(start), message);
+    }
 }
 
 TEST_CASE("nesting has a limit, length has none")
 {
     const std::pair<std::string, std::string> brackets[] = {
         {"(", ")"}, {"-", ""}, {"2^", ""}, {"not ", ""}, {"exp(", ")"}, {"max(1, ", ")"}, {"x < 1 ? 2 : ", ""}};
-    for (const auto &[open, close] : brackets) {
-        CAPTURE(open);
+    for (const auto &pair : brackets) {
+        const auto &[open, close] = pair;
+        CAPTURE(pair.first);
         CHECK(error(repeated(open, Formula::deepest) + "x" + repeated(close, Formula::deepest)) == "");
         const std::string deep = error(repeated(open, 100'000) + "x" + repeated(close, 100'000));
         CHECK_MESSAGE(deep.find("nested deeper than 300 levels") != std::string::npos, deep);
     }
     for (const char *sign : {"+", "-", "*", "/"}) {
         std::string text = "x";
-        for (int i = 1; i < 100'000; ++i) text += sign + ("a" + std::to_string(i % 1000));
+        for (int i = 1; i < 100'000; ++i) {
+            text += sign;
+            text += 'a';
+            text += std::to_string(i % 1000);
+        }
         const Formula chain = Formula::parse(text);
         CHECK(chain.names().size() == 1001);
         CHECK(Formula::parse(chain.text()).graph().nodes() == chain.graph().nodes());

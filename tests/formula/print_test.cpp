@@ -39,7 +39,7 @@ bool well_formed(const std::string &xml)
 
 TEST_CASE("every formula prints to a text that reads as the same tree, and to valid MathML")
 {
-    for (const std::string &text : curvebank::test::formulas()) {
+    for (const std::string &text : curvebank::test::formulas_and_models()) {
         const Formula formula = Formula::parse(text);
         const Formula again = Formula::parse(formula.text());
         CHECK_MESSAGE((again.graph().nodes() == formula.graph().nodes() && again.text() == formula.text()), text);

@@ -153,16 +153,10 @@ double tolerance(Operation operation)
 {
     using enum Operation;
     switch (operation) {
-        case power:  // 1 and a half, but for the products of third and fourth powers and their reciprocals
         case tan:
-        case sinh:
-        case cosh:
-        case tanh:
-        case asinh:
-        case acosh:
-        case atanh:
         case atan:
-            return 4;
+        case cbrt:
+            return 3;
         case erf:
             return 4;
         case erfc:
@@ -182,7 +176,7 @@ double tolerance(Operation operation)
 TEST_CASE("every operation agrees with the C library's over the whole range, whatever its operands are")
 {
     for (const Instructions set : all_instructions())
-        for (size_t number = 0; number <= static_cast<size_t>(Operation::besseli1); ++number) {
+        for (size_t number = 0; number < operation_count; ++number) {
             const auto operation = static_cast<Operation>(number);
             const int count = operand_count(operation);
             if (count == 0 || operation == Operation::select) continue;
@@ -236,7 +230,7 @@ TEST_CASE("the value of a point does not depend on its place and its neighbours"
         y[i] = i / 16 % 3 ? numbers.any() : numbers.uniform(0.1, 3);
     }
     for (const Instructions set : all_instructions())
-        for (size_t number = 0; number <= static_cast<size_t>(Operation::besseli1); ++number) {
+        for (size_t number = 0; number < operation_count; ++number) {
             const auto operation = static_cast<Operation>(number);
             if (operand_count(operation) == 0) continue;
             CAPTURE(operation_text(operation));

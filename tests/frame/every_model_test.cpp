@@ -94,7 +94,7 @@ TEST_SUITE("every model")
                     INFO("flags " << before.flags << ", nParams " << before.nParams);
                     const test::Extents end = reach.of(before.nParams);
                     const CallState after = arrays.ending(model, before, end);
-                    CHECK(test::fault(row, about(row), before, after) == "");
+                    CHECK(test::fault(row, reach.about(), before, after) == "");
                     CHECK(same(after, arrays.beginning(model, before, end)));
                 }
             }

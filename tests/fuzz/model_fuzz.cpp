@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <vector>
 
 #include "tests/support/contract.h"
@@ -57,10 +58,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size)
 {
     static constexpr int32_t codes[] = {0, 33, 34, 11};
     Input input(bytes, size);
-    const ModelCatalogEntry &row = catalogue[input.take<uint16_t>() % catalogue_size];
+    static const std::vector<test::Reach> reaches(std::begin(catalogue), std::end(catalogue));
+    const size_t index = input.take<uint16_t>() % catalogue_size;
+    const ModelCatalogEntry &row = catalogue[index];
+    const test::Reach &reach = reaches[index];
     CallState before;
     before.flags = static_cast<int16_t>(input.take<uint8_t>() % 32);
-    before.nParams = static_cast<int16_t>(input.take<uint8_t>() % (test::most_parameters + 3) - 2);
+    before.nParams = static_cast<int16_t>(
+        test::fewest_parameters + input.take<uint8_t>() % (test::most_parameters - test::fewest_parameters + 1));
     const auto code = input.take<uint8_t>();
     before.runtime_code = codes[code % 4];
     before.caller_code = codes[code / 4 % 4];
@@ -69,9 +74,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size)
     before.y.fill(test::untouched);
     before.dy.fill(test::untouched);
 
-    const test::Extents end = test::Reach(row).of(before.nParams);
+    const test::Extents end = reach.of(before.nParams);
     const CallState after = in_exact_arrays(row.function, before, end);
-    const std::string fault = test::fault(row, *reference::find(row.name), before, after);
+    const std::string fault = test::fault(row, reach.about(), before, after);
     if (!fault.empty() || !same(after, in_exact_arrays(row.function, before, end))) {
         std::fprintf(stderr, "%s, flags %d, nParams %d: %s\n", row.name, before.flags, before.nParams,
                      fault.empty() ? "another result the second time" : fault.c_str());

@@ -7,7 +7,8 @@ static void call(const char *name, double p1, double p2, double p3, double p4, d
 {
     uint16_t nParams;
     const ModelFunc model = Get_Func(name, NULL, NULL, &nParams, NULL);
-    double p[] = {0, p1, p2, p3, p4}, x[] = {0, x1}, y[3] = {0}, dy[5] = {0};
+    double p[CURVEBANK_ROOM(4)] = {0, p1, p2, p3, p4}, x[CURVEBANK_ROOM_X] = {0, x1};
+    double y[CURVEBANK_ROOM(4)] = {0}, dy[CURVEBANK_ROOM(4)] = {0};
     model(EVAL_VALUE | EVAL_DERIVS, NULL, (int16_t)nParams, NULL, 0, p, NULL, x, y, dy);
     printf("%s %g %g %g\n", name, y[1], dy[2], dy[3]);
 }

@@ -36,6 +36,8 @@ public:
         return {last, variables, about_.contributions ? 1 + std::max(1, about_.terms(nParams)) : row_.nDep, last};
     }
 
+    const reference::ModelReference &about() const { return about_; }
+
 private:
     const ModelCatalogEntry &row_;
     const reference::ModelReference &about_;

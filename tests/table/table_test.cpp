@@ -5,6 +5,7 @@
 #include <doctest/doctest.h>
 
 #include "platform/error.h"
+#include "table/number.h"
 #include "table/table.h"
 
 using curvebank::Error;
@@ -45,6 +46,14 @@ TEST_CASE("cells without a finite number are missing, and so are cells that are 
     REQUIRE(table.rows() == 7);
     for (size_t row = 0; row < 6; ++row) CHECK(std::isnan(table.columns[1][row]));
     CHECK(table.columns[1][6] == 8);
+}
+
+TEST_CASE("a number is a whole text, finite, with or without a sign")
+{
+    CHECK(read_number("+2.5e-3") == 2.5e-3);
+    CHECK(read_number("-.5") == -0.5);
+    for (const char *text : {"", "+", "+-1", "++1", "1 ", "1,5", "0x10", "nan", "inf", "1e999"})
+        CHECK_MESSAGE(!read_number(text), text);
 }
 
 TEST_CASE("what is no table is refused")

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <limits>
 #include <string>
@@ -18,11 +19,11 @@ constexpr double absent = std::numeric_limits<double>::quiet_NaN();
 
 /// Columns of equal length, read in place: they must outlive the call.
 struct Data {
-    std::vector<std::span<const double>> x;  ///< one column a variable
-    std::vector<std::span<const double>> y;  ///< one column an output; empty for an implicit model
-    std::span<const double> weights;         ///< 1/variance up to a common factor; empty: all 1
-    std::span<const double> sigma;           ///< standard deviations instead of weights
-    bool absolute_sigma = false;             ///< sigma (or 1/sqrt(weights)) is in the unit of y: not to be scaled by the fit
+    std::vector<std::span<const double>> x = {};  ///< one column a variable
+    std::vector<std::span<const double>> y = {};  ///< one column an output; empty for an implicit model
+    std::span<const double> weights = {};         ///< 1/variance up to a common factor; empty: all 1
+    std::span<const double> sigma = {};           ///< standard deviations instead of weights
+    bool absolute_sigma = false;                  ///< sigma (or 1/sqrt(weights)) is in the unit of y: not to be scaled by the fit
 
     /// What becomes of a point of which a number is not finite: an Error that names it, or it is left out and counted.
     enum class Missing { error, skip } missing = Missing::error;
@@ -71,7 +72,7 @@ constexpr bool is_success(Verdict verdict)
 }
 
 /// The verdict as a word, "converged" for example: what reports and files say.
-std::string_view word(Verdict verdict);
+CURVEBANK_FIT_API std::string_view word(Verdict verdict);
 
 struct Estimate {
     std::string name;
@@ -95,7 +96,7 @@ struct Result {
     std::vector<double> covariance, correlation;
 
     size_t points = 0, left_out = 0;
-    long degrees_of_freedom = 0;
+    std::int64_t degrees_of_freedom = 0;
     int iterations = 0, evaluations = 0;  ///< evaluations: passes over all points
     double relative_offset = absent;      ///< Bates and Watts (1981): how far from the minimum, in units of its statistical spread
     double sum_of_squares = absent;       ///< weighted; absent where it exceeds the range of a double
@@ -109,7 +110,7 @@ struct Result {
 
 /// Minimises the weighted sum of squared residuals. Throws Error for a request that cannot be carried out; all that
 /// can happen to a fit after that is its verdict.
-Result fit(const Model &model, const Data &data, const Options &options = {});
+CURVEBANK_FIT_API Result fit(const Model &model, const Data &data, const Options &options = {});
 
 /// The curve with a band at further points: half the width of the confidence band of the curve, or of the prediction
 /// band of a further observation of weight 1. x as in Model::values, for models of one output.
@@ -117,7 +118,7 @@ struct Band {
     std::vector<double> value, half_width;
 };
 enum class BandKind { confidence, prediction };
-Band band(const Model &model, const Result &result, std::span<const double *const> x, size_t points, BandKind kind,
-          double confidence = 0.95);
+CURVEBANK_FIT_API Band band(const Model &model, const Result &result, std::span<const double *const> x, size_t points,
+                            BandKind kind, double confidence = 0.95);
 
 }  // namespace curvebank::fit

@@ -10,12 +10,14 @@
 #include <utility>
 #include <vector>
 
+#include "curvebank/fit/api.h"
+
 namespace curvebank::fit {
 
 /// A request that cannot be carried out as it stands: a name that does not exist, arrays of different lengths, a start
 /// outside its bounds. The text is one clear line that names what and where. What the data or the model do to a fit
 /// is no error but its verdict.
-class Error : public std::runtime_error {
+class CURVEBANK_FIT_API Error : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
@@ -29,7 +31,7 @@ struct Parameter {
 };
 
 /// A curve or surface with named parameters. A value: copies are cheap, and any number of threads may use one.
-class Model {
+class CURVEBANK_FIT_API Model {
 public:
     /// A model of the catalogue (case is ignored). Models of repeated terms take their number of terms. Throws Error.
     static Model catalogue(std::string_view name, int terms = 1);
