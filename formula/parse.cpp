@@ -132,6 +132,9 @@ std::string picture(std::string_view text, size_t place)
 
 // What the actions do.
 
+constexpr size_t unlimited = SIZE_MAX;
+
+/// One with an unlimited number of arguments is applied to the first two, to the result and the third, and so on.
 struct Function {
     Operation operation;
     size_t least, most;
@@ -146,7 +149,7 @@ const Function *find_function(std::string_view name)
             const auto count = static_cast<size_t>(operand_count(operation));
             all[operation_text(operation)] = {operation, count, count};
         }
-        for (const char *folded : {"min", "max"}) all[folded].most = SIZE_MAX;
+        for (const char *folded : {"min", "max"}) all[folded].most = unlimited;
         all["log"] = all["ln"];
         return all;
     }();
@@ -171,7 +174,7 @@ public:
         operands_.push_back(graph->constant(literal));
     }
 
-    void word(std::string_view text) { words_.push_back({text, operands_.size()}); }
+    void word(std::string_view text) { words_.push_back({text, 0}); }
 
     /// The word was no function.
     void name()
@@ -188,22 +191,24 @@ public:
             fail(text.data(), "there is no function " + quoted(text) + " (a product needs its *)");
     }
 
+    void argument()
+    {
+        Word &call = words_.back();
+        const Function function = *find_function(call.text);
+        if (++call.arguments > 1 && function.most == unlimited) apply(function.operation);
+    }
+
     void close_call()
     {
-        const auto [text, first] = words_.back();
+        const auto [text, count] = words_.back();
         words_.pop_back();
         const Function function = *find_function(text);
-        const size_t count = operands_.size() - first;
         if (count < function.least || count > function.most)
             fail(text.data(), quoted(text) + " takes " + std::to_string(function.least) +
                                   (function.most > function.least ? " or more" : "") +
                                   (function.least == 1 ? " argument, not " : " arguments, not ") +
                                   std::to_string(count));
-        NodeId result = operands_[first];
-        if (count == 1) result = graph->apply(function.operation, result);
-        for (size_t i = 1; i < count; ++i) result = graph->apply(function.operation, result, operands_[first + i]);
-        operands_.resize(first);
-        operands_.push_back(result);
+        if (function.most != unlimited) apply(function.operation);
     }
 
     void apply(Operation operation)
@@ -218,7 +223,7 @@ public:
 private:
     struct Word {
         std::string_view text;
-        size_t operands;  ///< how many stood before it
+        size_t arguments;
     };
 
     std::vector<NodeId> operands_;
@@ -246,6 +251,7 @@ constexpr auto constant = [](auto &context) { builder(context).constant(matched(
 constexpr auto word = [](auto &context) { builder(context).word(matched(context)); };
 constexpr auto name_ends = [](auto &context) { builder(context).name(); };
 constexpr auto call_opens = [](auto &context) { builder(context).open_call(); };
+constexpr auto argument_ends = [](auto &context) { builder(context).argument(); };
 constexpr auto call_closes = [](auto &context) { builder(context).close_call(); };
 constexpr auto refuse_chain = [](auto &context) {
     fail(x3::_where(context).begin(), "comparisons cannot be chained: write a < b and b < c");
@@ -344,10 +350,9 @@ const auto signed_power_def =
     ('-' > inner_signed_power)[apply<Operation::negate>] | ('+' > inner_signed_power) | power;
 const auto inner_signed_power_def = nested[signed_power];
 const auto power_def = primary >> -((x3::lit('^') | "**") > inner_signed_power)[apply<Operation::power>];
-const auto primary_def =
-    number | ('(' > inner > bracket) |
-    (name_text[word] >>
-     (((x3::lit('(')[call_opens] > inner) >> (*(',' > inner) > last_bracket))[call_closes] | x3::eps[name_ends]));
+const auto call = (x3::lit('(')[call_opens] > inner)[argument_ends] >>
+                  (*(',' > inner)[argument_ends] > last_bracket)[call_closes];
+const auto primary_def = number | ('(' > inner > bracket) | (name_text[word] >> (call | x3::eps[name_ends]));
 const auto colon_def = x3::lit(':');
 const auto bracket_def = x3::lit(')');
 const auto last_bracket_def = x3::lit(')');

@@ -24,6 +24,8 @@ struct Form {
 struct Style {
     std::array<Form, operation_count> forms;
     std::string open, close;
+    std::string
+        times_number;  ///< the pattern of a product whose second factor begins with a digit, if that is another
 
     Form &operator[](Operation operation) { return forms[static_cast<size_t>(operation)]; }
     const Form &operator[](Operation operation) const { return forms[static_cast<size_t>(operation)]; }
@@ -31,6 +33,12 @@ struct Style {
 
 /// A leaf as it is printed, and its level.
 using Leaf = std::pair<std::string, int>;
+
+bool begins_with_digit(const Graph &graph, NodeId id)
+{
+    if (graph[id].operation == Operation::power) id = graph[id].operands[0];
+    return graph[id].operation == Operation::constant && graph.text(graph[id]) != "pi";
+}
 
 template <typename WriteLeaf>
 std::string print(const Graph &graph, NodeId root, const Style &style, WriteLeaf &&write_leaf)
@@ -60,6 +68,9 @@ std::string print(const Graph &graph, NodeId root, const Style &style, WriteLeaf
         }
         const Form &form = style[node.operation];
         std::string_view pattern = form.pattern;
+        if (node.operation == Operation::multiply && !style.times_number.empty() &&
+            begins_with_digit(graph, node.operands[1]))
+            pattern = style.times_number;
         if (piece.level == operands) {
             const size_t first = pattern.find('@');
             pattern = pattern.substr(first, pattern.find('0', pattern.find('$')) + 1 - first);
@@ -259,6 +270,7 @@ Style latex_style()
     Style style;
     style.open = "\\left(";
     style.close = "\\right)";
+    style.times_number = "$a6 \\cdot $b7";
     for (const Function &function : functions)
         style[function.operation] = {9, std::string(function.latex) + "\\left($a0" +
                                             (operand_count(function.operation) == 1 ? "" : ", $b0") + "\\right)"};
@@ -292,7 +304,7 @@ Leaf latex_leaf(const Graph &graph, const Node &node)
 {
     const std::string &text = graph.text(node);
     if (node.operation == Operation::constant) {
-        if (text == "pi") return {"\\pi ", 9};
+        if (text == "pi") return {"\\pi", 9};
         const auto [digits, exponent] = split_number(text);
         if (exponent.empty()) return {digits, 9};
         if (digits == "1") return {"10^{" + exponent + "}", 8};
@@ -304,7 +316,7 @@ Leaf latex_leaf(const Graph &graph, const Node &node)
     };
     auto [base, below] = symbol(text);
     if (!greek_letter(base).empty())
-        base = '\\' + base + (below.empty() ? " " : "");
+        base = '\\' + base;
     else if (base.size() > 1)
         base = "\\mathrm{" + word(base) + '}';
     for (std::string &part : below)
@@ -321,6 +333,7 @@ Style mathml_style()
     Style style;
     style.open = "<mrow><mo>(</mo>";
     style.close = "<mo>)</mo></mrow>";
+    style.times_number = "$a6<mo>·</mo>$b7";
     for (const Function &function : functions)
         style[function.operation] = {9, std::string(function.mathml) + sign("&#x2061;") + style.open + "$a0" +
                                             (operand_count(function.operation) == 1 ? "" : "<mo>,</mo>$b0") +

@@ -26,12 +26,13 @@ using numerics::Quiet;
 ///   digamma(a+n+1)),
 ///
 /// for z up to a + 1/2, and beyond it Legendre's continued fraction for Q = 1 - P, every step of which (modified
-/// Lentz) is differentiated with it. Both need some sqrt(a) steps; NaN where a million do not suffice.
+/// Lentz) is differentiated with it. Both need some sqrt(a) steps; NaN where a hundred thousand do not suffice (a
+/// near z, both beyond 10^8).
 template <typename T>
 T gammap_shape_of(const T &a, const T &z)
 {
     using std::abs, std::isinf, std::log;
-    constexpr int most_steps = 1'000'000;
+    constexpr int most_steps = 100'000;
     const T epsilon = std::numeric_limits<T>::epsilon();
     if (!(a > 0) || !(z >= 0) || isinf(a)) return std::numeric_limits<T>::quiet_NaN();
     if (z == 0 || isinf(z)) return T(0);
