@@ -321,14 +321,21 @@ void list(const fit::Library &library, const std::string &filter)
     };
     fmt::print("{:<16}  {:>4} {:>4} {:>6}  {:<19} {:>7}  {}\n", "Model", "x", "y", "params", "Export", "Ordinal",
                "Title");
+    int catalogued = 0, by_export = 0, placeholders = 0;
     for (const reference::ModelReference &about : reference::models) {
         if (!contains(about.name) && !contains(about.title)) continue;
+        ++(about.export_only ? by_export : catalogued);
+        placeholders += about.placeholder;
         const fit::Model model = fit::find_model(library, about.name).model;
         const fit::ExportedModel *exported = fit::find_export(about.name);
         fmt::print("{:<16}  {:>4} {:>4} {:>6}  {:<19} {:>7}  {}\n", about.name, model.nIndep, model.nDep,
                    model.nParams, exported ? exported->name : "-",
                    exported ? std::to_string(exported->ordinal) : "-", about.title);
     }
+    fmt::print("\n{} models of the catalogue", catalogued);
+    if (placeholders > 0) fmt::print(", {} of them placeholders", placeholders);
+    if (by_export > 0) fmt::print("; {} more by its export alone", by_export);
+    fmt::print("\n");
 }
 
 void eval(const fit::Library &library, const EvalOptions &options)

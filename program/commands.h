@@ -10,7 +10,7 @@ namespace curvebank::program {
 
 constexpr int exit_not_converged = 2, exit_too_few_digits = 3, exit_unexplained = 4;
 
-/// The models with that text in name or title, a line each.
+/// The models with that text in name or title, a line each, and how many they are.
 void list(const fit::Library &library, const std::string &filter);
 
 /// All about one model.

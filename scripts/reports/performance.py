@@ -1,7 +1,8 @@
 """Makes the tables and the picture of a benchmark run: performance.py RESULTS.json FOLDER
 
-Prints what a call costs beside the bare formula, worst ratios first, and how the cost grows with threads and peaks.
-Writes performance.md (the same), performance.csv (every model) and performance.png into the folder.
+Renews the tables of docs/performance.md: what a call costs beside the bare formula, worst ratios first, and how the
+cost grows with threads and peaks. Prints them and writes performance.md, performance.csv (every model) and
+performance.png into the folder.
 """
 
 import csv
@@ -12,8 +13,9 @@ import statistics
 import subprocess
 import sys
 
-from markdown import table
+from markdown import renew, table
 
+DOCUMENT = pathlib.Path(__file__).parents[2] / "docs/performance.md"
 EMPTY_MODEL = "Prunty"  # a placeholder
 
 
@@ -81,51 +83,20 @@ class Report:
         rows = [[model] + [time[n] / n for n in counts] for model, time in models.items()]
         return table(["model"] + [f"{n} peak{'s' if n > 1 else ''}" for n in counts], rows)
 
-    def text(self):
-        return f"""# Performance
+    def measurement_table(self):
+        return table(["measured on", "a call that computes nothing, ns"],
+                     [[self.machine, self.time("model", EMPTY_MODEL, "both")]])
 
-Made by `scripts/bench docs`. Measured on {self.machine}; [performance.csv](performance.csv) has every model.
-
-![Ratios to the bare formula, time of all models, time per call against the number of peaks](performance.png)
-
-## What the contract costs
-
-A bare loop is the formula alone, inlined over 64 points, without flags, guards and error tests, with the mathematical functions of
-the same C runtime ([bare_loops.cpp](../bench/bare_loops.cpp)). The model is called for the same points through its
-function pointer, the error variable cleared before each call. Times are per point. A call that computes nothing takes
-{self.time("model", EMPTY_MODEL, "both"):.1f} ns, which is most of what a formula of a few products costs.
-
-Value and derivatives, in one derivative call:
-
-{self.ratio_table("derivatives", "derivatives")}
-
-Value and derivatives, in a call that asks for both. Many models compute the exponentials of each step anew; some give the
-value alone:
-
-{self.ratio_table("derivatives", "both")}
-
-Value alone:
-
-{self.ratio_table("value", "value")}
-
-## Every model
-
-Nanoseconds per call at the sample of its reference entry, models of repeated terms with one term. The slowest, by a call for value
-and derivatives at once:
-
-{self.slowest_table()}
-
-## Threads
-
-Derivative calls of one thread and of two at the same time, each with arrays of its own:
-
-{self.thread_table()}
-
-## Peaks
-
-Nanoseconds per peak of one derivative call:
-
-{self.peak_table()}"""
+    def tables(self):
+        return {
+            "measurement": self.measurement_table(),
+            "derivative_call": self.ratio_table("derivatives", "derivatives"),
+            "call_for_both": self.ratio_table("derivatives", "both"),
+            "value_call": self.ratio_table("value", "value"),
+            "slowest": self.slowest_table(),
+            "threads": self.thread_table(),
+            "peaks": self.peak_table(),
+        }
 
     def write_csv(self, path):
         with open(path, "w", newline="") as file:
@@ -188,11 +159,12 @@ def main():
     results, folder = sys.argv[1], pathlib.Path(sys.argv[2])
     report = Report(json.loads(pathlib.Path(results).read_text()))
     folder.mkdir(parents=True, exist_ok=True)
-    text = report.text()
-    (folder / "performance.md").write_text(text + "\n")
+    tables = report.tables()
+    (folder / "performance.md").write_text(renew(DOCUMENT.read_text(), tables))
     report.write_csv(folder / "performance.csv")
     report.write_picture(folder / "performance.png")
-    print("##" + text.partition("\n##")[2])
+    for name, text in tables.items():
+        print(f"{name.replace('_', ' ').capitalize()}\n\n{text}\n")
 
 
 if __name__ == "__main__":

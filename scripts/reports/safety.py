@@ -1,11 +1,11 @@
-"""Makes the table of a long test run from ctest's JUnit reports: safety.py REPORTS FOLDER"""
+"""Renews the table of docs/safety.md from ctest's JUnit reports of a long test run: safety.py REPORTS FOLDER"""
 
 import pathlib
 import re
 import sys
 import xml.etree.ElementTree
 
-from markdown import table
+from markdown import renew, table
 
 RUNS = {
     "linux-release": "all tests, optimised build",
@@ -17,24 +17,7 @@ RUNS = {
     "linux-fuzz-minute": "both fuzzers for a minute",
 }
 
-TEXT = """# Safety
-
-Made by `scripts/test --long docs`. What the tests show of every model, on Linux and Windows:
-
-- **Nothing outside the arrays is touched.** 1000 random calls of each model, with zeros, infinities, NaN and extreme numbers,
-  x on a parameter, all flags and -2 to 60 parameters, run in arrays that end and begin at closed pages
-  ([every_model_test.cpp](../tests/frame/every_model_test.cpp)); where they end is in [extents.h](../tests/support/extents.h).
-- **The contract holds for every call**: an allowed result, nothing written by `EVAL_INIT`, the same bits the second time, `perr`
-  read only with `EVAL_USE_ERRPTR`, value and derivatives in one call as in two ([contract.h](../tests/support/contract.h)).
-- **The optimiser changes no bit**: the same calls to a library compiled without it
-  ([optimisation_test.cpp](../tests/frame/optimisation_test.cpp)).
-- **Threads do not see each other** ([threads_test.cpp](../tests/frame/threads_test.cpp)).
-- **No allocation, no lock, no system call**, on Linux: an allocator that counts, a process that a system call would end
-  ([isolation_test.cpp](../tests/isolation/isolation_test.cpp)), and an import list of mathematical functions, `errno` and the
-  `snprintf` of the diagnostic command ([export_table.py](../tests/catalogue/export_table.py)).
-- **Arbitrary input does no harm**: [fuzzers](../tests/fuzz/) of model calls and of the texts of `FuncTest`.
-
-"""
+DOCUMENT = pathlib.Path(__file__).parents[2] / "docs/safety.md"
 
 
 def row(report):
@@ -53,7 +36,7 @@ def main():
     rows = [[what, *row(reports / f"{run}.xml")] for run, what in RUNS.items()]
     text = table(["run", "tests", "failed", "checks", "fuzzed inputs", "seconds"], rows)
     folder.mkdir(parents=True, exist_ok=True)
-    (folder / "safety.md").write_text(TEXT + text + "\n")
+    (folder / "safety.md").write_text(renew(DOCUMENT.read_text(), {"runs": text}))
     print(text)
 
 

@@ -11,6 +11,8 @@
 
 #include <doctest/doctest.h>
 
+#include "catalogue/catalogue.h"
+
 namespace {
 
 struct Run {
@@ -29,6 +31,12 @@ Run run(const std::string &arguments, const std::string &environment = "")
     const int status = pclose(pipe);
     if (WIFEXITED(status)) result.exit_code = WEXITSTATUS(status);
     return result;
+}
+
+std::string text_of(const std::string &file)
+{
+    std::ifstream in(file);
+    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 bool contains(const Run &result, const std::string &text)
@@ -50,6 +58,9 @@ TEST_CASE("list and show")
     CHECK(contains(all, "Parabola             1    1      3  Polynomial2             308  Parabola"));
     CHECK(contains(some, "InvsPoly"));
     CHECK(!contains(some, "Parabola"));
+    const std::string size = std::to_string(curvebank::catalogue_size);
+    CHECK(contains(all, "\n" + size + " models of the catalogue"));
+    CHECK(text_of(DOCS "/../README.md").find("A library of " + size + " ") != std::string::npos);
     const Run rational4 = run("show rational4");
     CHECK(contains(rational4, "y = c + b / (a + x)"));
     CHECK(contains(rational4, "entry 1 is -b/(a + x)"));
@@ -115,9 +126,7 @@ TEST_CASE("the document of the inexact derivatives is what check --all prints")
     const Run all = run("check --all");
     CHECK(all.exit_code == 0);
     CHECK(contains(all, "| Rational4 | 1 (d/da) | -b/(a + x), without the square of the exact partial |"));
-    std::ifstream file(DOCS "/derivatives.md");
-    const std::string document{std::istreambuf_iterator<char>(file), {}};
-    CHECK(document.ends_with("\n" + all.output));
+    CHECK(text_of(DOCS "/derivatives.md").ends_with("\n" + all.output));
 }
 
 TEST_CASE("fit writes report, table and plot, and leaves out what it cannot use")
