@@ -83,6 +83,7 @@ struct ModelReference {
     bool implicit = false;  ///< the value is the residual of an equation, 0 on the curve
     int term_limit = 1000;  ///< of repeated terms; most_terms() holds for all models
     double tolerance = 1e-12;
+    bool formula_agrees = true;  ///< in double precision with the library's value, to 1e-11 of the curve's size
     std::span<const double> sample_parameters{};
     std::span<const RangeReference> sample_ranges{};  ///< of x, y and z, as many as the model has variables
 
