@@ -11,6 +11,11 @@ namespace {
 constexpr double epsilon = std::numeric_limits<double>::epsilon();
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
+bool all_finite(const std::vector<double> &p)
+{
+    return std::all_of(p.begin(), p.end(), [](double number) { return std::isfinite(number); });
+}
+
 }  // namespace
 
 Room Descender::room(const std::vector<double> &p) const
@@ -75,7 +80,7 @@ bool Descender::solve_linear(std::vector<double> &p, const Descent &way)
     for (const size_t j : linear) still[j] = false;
     const std::vector<double> no_metric(problem_.width(), 0.0);
     p = moved(p, trust_region_step(reduced, room(p), still, no_metric, infinity).change);
-    return true;
+    return all_finite(p);
 }
 
 End Descender::go(const std::vector<double> &start, const Descent &way)
@@ -111,7 +116,7 @@ End Descender::go(const std::vector<double> &start, const Descent &way)
         const Step step = trust_region_step(here_.reduced, room(here_.p), here_.held, metric, radius);
         std::vector<double> to = moved(here_.p, step.change);
         if (to == here_.p) return End::no_step;
-        bool possible = problem_.accepts(to);
+        bool possible = all_finite(to) && problem_.accepts(to);
         if (possible && way.projected) possible = solve_linear(to, way);
         Standing there;
         there.reduced.sum_of_squares = infinity;
@@ -171,7 +176,7 @@ void Descender::polish()
         if (!(longest < before / 2)) return;
         before = longest;
         const std::vector<double> to = moved(here_.p, std::vector<double>(change.begin(), change.end()));
-        if (to == here_.p) return;
+        if (to == here_.p || !all_finite(to)) return;
         here_.p = to;
         ++iterations_;
     }
