@@ -204,18 +204,42 @@ PASS divide_by_uniform(double *out, const double *a, const double *b, const doub
     }
 }
 
-/// x^n for n = 3 or 4 and their reciprocals, by products; the rounding errors stay below 2.5 units.
-template <bool third_power, bool reciprocal>
-PASS small_power(double *out, const double *a, double n, size_t count)
+/// x^n for an integer n of at most 64 in size, by products of pairs: its rounding is that of the last step.
+PASS integer_power(double *out, const double *a, double n, size_t count)
 {
+    const auto size = static_cast<unsigned>(n < 0 ? -n : n);
+    unsigned first_bit = 64;
+    while (first_bit > size) first_bit /= 2;
     for (size_t i = 0; i < count; i += V::size) {
-        const V x = V::load_unaligned(a + i), square = x * x;
-        const V power = square * (third_power ? x : square);
-        V result = reciprocal ? V(1.0) / power : power;
-        const V size = absolute(power);
-        const Mask plain = size > 0x1p-900 && size < 0x1p900;
+        const V x = V::load_unaligned(a + i);
+        Pair power{x, V(0.0)};
+        for (unsigned bit = first_bit / 2; bit > 0; bit /= 2) {
+            const Pair square = product(power.high, power.high);
+            power = {square.high, multiply_add(power.high + power.high, power.low, square.low)};
+            if (!(size & bit)) continue;
+            const Pair next = product(power.high, x);
+            power = {next.high, multiply_add(power.low, x, next.low)};
+        }
+        V result = power.high + power.low;
+        if (n < 0) {
+            const V inverse = V(1.0) / power.high;
+            const V rest = subtract_product(power.low, inverse, residual(power.high, inverse, V(1.0)));
+            result = multiply_add(inverse, rest, inverse);
+        }
+        const V height = absolute(power.high);
+        const Mask plain = height > 0x1p-900 && height < 0x1p900;
         if (!xsimd::all(plain)) result = xsimd::select(plain, result, power_of_anything(x, V(n)));
         result.store_unaligned(out + i);
+    }
+}
+
+/// x^n for n = 1/2 or -1/2.
+PASS root_power(double *out, const double *a, bool reciprocal, size_t count)
+{
+    for (size_t i = 0; i < count; i += V::size) {
+        const V x = V::load_unaligned(a + i);
+        const V root = xsimd::select(x == -infinity, V(infinity), xsimd::sqrt(x + 0.0));
+        (reciprocal ? V(1.0) / root : root).store_unaligned(out + i);
     }
 }
 
@@ -223,28 +247,31 @@ PASS small_power(double *out, const double *a, double n, size_t count)
 PASS power_by_uniform(double *out, const double *a, const double *b, const double *, size_t count)
 {
     const double n = b[0];
-    if (n == 2) {
+    if (n == 3) {
         for (size_t i = 0; i < count; i += V::size) {
             const V x = V::load_unaligned(a + i);
-            (x * x).store_unaligned(out + i);
+            (x * x * x).store_unaligned(out + i);
         }
-    } else if (n == 3) {
-        small_power<true, false>(out, a, n, count);
-    } else if (n == -3) {
-        small_power<true, true>(out, a, n, count);
-    } else if (n == 4) {
-        small_power<false, false>(out, a, n, count);
-    } else if (n == -4) {
-        small_power<false, true>(out, a, n, count);
-    } else if (n == 0.5) {
-        for (size_t i = 0; i < count; i += V::size) {
-            const V x = V::load_unaligned(a + i);
-            xsimd::select(x == -infinity, V(infinity), xsimd::sqrt(x + 0.0)).store_unaligned(out + i);
-        }
-    } else {
-        const V exponent(n);
-        for (size_t i = 0; i < count; i += V::size)
-            power_of(V::load_unaligned(a + i), exponent).store_unaligned(out + i);
+        return;
+    }
+    if (n == 0.5 || n == -0.5) return root_power(out, a, n < 0, count);
+    if (n >= -64 && n <= 64 && n == static_cast<int>(n) && n != 0) return integer_power(out, a, n, count);
+    const V exponent(n);
+    for (size_t i = 0; i < count; i += V::size)
+        power_of(V::load_unaligned(a + i), exponent).store_unaligned(out + i);
+}
+
+/// Powers of a number that is the same for all points: one logarithm.
+PASS power_of_uniform(double *out, const double *a, const double *b, const double *, size_t count)
+{
+    const V x(a[0]);
+    const bool plain = a[0] >= least_normal && a[0] < infinity;
+    const Pair log = extended_log(plain ? x : V(1.0), V(0.0));
+    for (size_t i = 0; i < count; i += V::size) {
+        const V y = V::load_unaligned(b + i);
+        const V power =
+            plain && xsimd::all(absolute(y) < 0x1p70) ? exp_of_multiple(log, y) : power_of_anything(x, y);
+        power.store_unaligned(out + i);
     }
 }
 
@@ -284,6 +311,7 @@ constexpr Kernels all_kernels()
     add_binary<Divide>(k, code(divide));
     if (fused) k.of[code(divide)][2] = divide_by_uniform;
     add_binary<Power>(k, code(power));
+    k.of[code(power)][1] = power_of_uniform;
     k.of[code(power)][2] = power_by_uniform;
     add_unary<Negate>(k, code(negate));
     add_binary<Less>(k, code(less));

@@ -365,7 +365,7 @@ struct Program::Code {
 Kernel Program::Code::kernel(size_t number, unsigned uniform) const
 {
     const Kernel vector = kernels->of[number][uniform];
-    return vector ? vector : scalar_kernels[number][uniform];
+    return vector || number >= operation_count ? vector : scalar_kernels[number][uniform];
 }
 
 void Program::Code::add_uniforms(const Values &values, const std::vector<uint32_t> &uses, std::vector<Index> &place)

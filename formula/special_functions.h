@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include <boost/math/constants/constants.hpp>
+#include <boost/math/special_functions/acosh.hpp>
 #include <boost/math/special_functions/bessel.hpp>
 #include <boost/math/special_functions/cbrt.hpp>
 #include <boost/math/special_functions/digamma.hpp>

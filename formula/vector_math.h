@@ -250,6 +250,13 @@ Pair extended_log(V x, V exponent)
     return quick_sum(with_k.high, with_k.low + (ln_m.low + (small + k * ln2_low)));
 }
 
+/// e^(log·y)
+V exp_of_multiple(Pair log, V y)
+{
+    const Pair high = product(log.high, y);
+    return exp_of_sum(high.high, multiply_add(log.low, y, high.low));
+}
+
 Mask is_integer(V size)
 {
     return (size + 0x1p52) - 0x1p52 == size || size >= 0x1p52;
@@ -261,11 +268,10 @@ V power_of_anything(V x, V y)
     const V size = absolute(x), y_size = absolute(y);
     const Mask subnormal = size < least_normal;
     const V normal = xsimd::select(subnormal, size * 0x1p54, size);
-    Pair log = extended_log(normal, xsimd::select(subnormal, V(-54.0), V(0.0)));
+    const Pair log = extended_log(normal, xsimd::select(subnormal, V(-54.0), V(0.0)));
     // Beyond this any power but one of 1 overflows or vanishes.
     const V exponent = xsimd::select(y_size > 0x1p70, with_sign(V(0x1p70), y), y);
-    const Pair high = product(log.high, exponent);
-    V z = exp_of_sum(high.high, multiply_add(log.low, exponent, high.low));
+    V z = exp_of_multiple(log, exponent);
 
     const Mask negative_y = y < 0.0;
     z = xsimd::select(size == 0.0, xsimd::select(negative_y, V(infinity), V(0.0)), z);
@@ -279,11 +285,8 @@ V power_of_anything(V x, V y)
 
 V power_of(V x, V y)
 {
-    if (xsimd::all(x >= least_normal && x < infinity && absolute(y) < 0x1p70)) {
-        const Pair log = extended_log(x, V(0.0));
-        const Pair high = product(log.high, y);
-        return exp_of_sum(high.high, multiply_add(log.low, y, high.low));
-    }
+    if (xsimd::all(x >= least_normal && x < infinity && absolute(y) < 0x1p70))
+        return exp_of_multiple(extended_log(x, V(0.0)), y);
     return power_of_anything(x, y);
 }
 
