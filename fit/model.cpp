@@ -5,7 +5,6 @@
 
 #include "curvebank/curvebank.h"
 #include "curvebank/exports.h"
-#include "fit/agreement.h"
 #include "fit/differences.h"
 #include "fit/implementation.h"
 #include "fit/kernels.h"
@@ -140,7 +139,7 @@ Model Model::catalogue(std::string_view name, int terms)
     }
     const std::vector<std::string> names = names_of(model->parameters);
     model->formulas = formulas_of(*about, names, about->repeated.empty() ? 0 : terms);
-    model->formula_agrees = fit::formula_agrees(about->name);
+    model->formula_agrees = about->formula_agrees;
 
     const std::shared_ptr<const Source> contract =
         contract_source({function, passed, count, model->variables.size(), model->outputs});

@@ -1,7 +1,7 @@
 """Makes the C++ tables of the reference: generate.py REFERENCE MODELS OUTPUT
 
 Refuses, naming file, model and key: keys that it does not know, and tables that do not mirror the files of models. A
-second name of a model stands beside it.
+second name of a model stands beside it. Which formulas do not give the library's values stands in disagreement.txt.
 """
 
 import json
@@ -110,6 +110,7 @@ KEYS = {
     "both": choice("BothSteps", {
         "value alone": "value_alone", "one step": "one_step", "may end with the value": "may_end_with_value",
         "tests another width": "tests_another_width"}),
+    "formula_agrees": boolean,
     "sample_parameters": lambda values: array("double", map(number, values)),
     "sample_ranges": lambda ranges: array("RangeReference", [tuple(map(number, pair)) for pair in ranges]),
 }
@@ -170,10 +171,23 @@ def read(reference, models):
     return sorted(((name, *entry) for name, entry in entries.items()), key=lambda entry: entry[0].lower())
 
 
+def disagreeing(reference, names):
+    """The models whose formula does not give the library's value; all are to be known."""
+    file = reference / "disagreement.txt"
+    listed = {line.split()[0] for line in file.read_text().splitlines() if line and not line.startswith("#")}
+    if unknown := listed - set(names):
+        sys.exit(f"{file}: there is no {', '.join(sorted(unknown))}")
+    return listed
+
+
 def main():
     reference, models, output = map(pathlib.Path, sys.argv[1:])
     arrays, initialisers = [], []
-    for name, file, entry in read(reference, models):
+    entries = read(reference, models)
+    disagree = disagreeing(reference, [name for name, _, _ in entries])
+    for name, file, entry in entries:
+        if name in disagree:
+            entry = entry | {"formula_agrees": False}
         own_arrays, initialiser = cpp_entry(file, name, entry)
         arrays += own_arrays
         initialisers.append(initialiser)

@@ -113,6 +113,7 @@ struct ModelReference {
     InitCalls init = InitCalls::answers_1;
     Queries query = Queries::none;
     BothSteps both = BothSteps::one_after_the_other;
+    bool formula_agrees = true;  ///< in double precision with the library's value, to 1e-11 of the curve's size
     std::span<const double> sample_parameters{};
     std::span<const RangeReference> sample_ranges{};  ///< of x, y and z, as many as the model has variables
 

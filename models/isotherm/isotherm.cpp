@@ -10,7 +10,10 @@
 // The catalogue counts fewer parameters than the models with points (expected-value parameters) read; a host
 // supplies all that are read. The abscissas of the points are usually held fixed in a fit.
 
+#include <utility>
+
 #include "frame/evaluation.h"
+#include "numerics/differences.h"
 
 namespace curvebank {
 namespace {
@@ -40,6 +43,35 @@ double by_base(double b, double e, double P)
 double by_exponent(double b, double e, double P)
 {
     return b == 0 && e > 0 ? 0.0 : std::log(b) * P;
+}
+
+struct Power {
+    double base, value;
+};
+
+/// The cyclic sum A·ln(a)·(C - B) + B·ln(b)·(A - C) + C·ln(c)·(B - A) of the powers A, B and C of positive a, b and
+/// c to the exponent e. It vanishes where two bases are equal and changes its sign when two change places. Of bases
+/// in order it is
+///     ln(c/b)·C·A·r(e·ln(b/a)) + ln(b/a)·A·C·r(-e·ln(c/b)),  r(t) = exp(t) - 1 - t,
+/// two terms of the same sign, where the sum as it stands may lose all digits.
+double cyclic_sum(Power a, Power b, Power c, double e)
+{
+    double sign = 1.0;
+    const auto order = [&sign](Power &low, Power &high) {
+        if (!(low.base > high.base)) return;
+        std::swap(low, high);
+        sign = -sign;
+    };
+    order(a, b);
+    order(b, c);
+    order(a, b);
+    const double L_ab = numerics::log_ratio(b.base, a.base), L_bc = numerics::log_ratio(c.base, b.base);
+    const double u = e * L_ab, v = e * L_bc;
+    const double A_r =
+        std::fabs(u) < 1 ? a.value * numerics::expm1_beyond_linear(u) : b.value - a.value - u * a.value;
+    const double C_r =
+        std::fabs(v) < 1 ? c.value * numerics::expm1_beyond_linear(-v) : b.value - c.value + v * c.value;
+    return sign * (L_bc * c.value * A_r + L_ab * a.value * C_r);
 }
 
 }  // namespace
@@ -176,12 +208,14 @@ MODEL(Freundlich3PEVP1)
 
     if (X <= 0 || xa <= 0) return missing_values(y, dy, 1, 4);
     if (!power(X, b, error, P) || !power(xa, b, error, Pa)) return missing_values(error, y, dy, 1, 4);
+    const double L = std::log(X), La = std::log(xa);
+    if (error.raised()) return missing_values(error, y, dy, 1, 4);
+    const double L_ratio = numerics::log_ratio(X, xa);
     dy[1] = -K * (b * Pa / xa);
     dy[2] = 1.0;
-    dy[3] = P - Pa;
-    dy[4] = K * (std::log(X) * P - std::log(xa) * Pa);
-    if (error.raised()) return missing_values(error, y, dy, 1, 4);
-    y[1] = ya + K * dy[3];
+    dy[3] = numerics::power_difference(P, Pa, b * L_ratio);
+    dy[4] = K * (std::fabs(L_ratio) < 1 ? L_ratio * P + La * dy[3] : L * P - La * Pa);
+    y[1] = ya + K * (P - Pa);
     return 0;
 }
 
@@ -209,13 +243,25 @@ MODEL(Freundlich3PEVP2)
     if (!logarithm(X / xa, error, Lx) || !logarithm(xb / xa, error, L)) return missing_values(error, y, dy, 1, 5);
     const double b = (yb - y0) / (ya - y0), e = Lx / L;
     if (!power(b, e, error, P)) return missing_values(error, y, dy, 1, 5);
-    const double P_b = by_base(b, e, P), P_e = by_exponent(b, e, P);
+    const double P_b = by_base(b, e, P);
+    double P_e = by_exponent(b, e, P);
     if (error.raised()) return missing_values(error, y, dy, 1, 5);
-    dy[2] = (ya - y0) * P_e * (e - 1) / xa / L;
-    dy[3] = (1 - e) * P;
+    const double rise = (yb - ya) / (ya - y0);  // b - 1 with all its digits, also where y0 is far from both
+    const bool flat = std::fabs(rise) < 0.5;
+    const double Lb = flat ? numerics::log_of_one_plus(rise) : numerics::log_ratio(b, 1.0);
+    const double rest = numerics::log_ratio(xb, X) / L;
+    if (flat) P_e = Lb * P;
+    dy[2] = -(ya - y0) * P_e * rest / xa / L;
+    dy[3] = rest * P;
     dy[4] = -(ya - y0) * P_e * e / xb / L;
     dy[5] = P_b;
-    dy[1] = 1 - dy[3] - dy[5];  // raising y0, ya and yb together raises the curve by as much
+    // Raising y0, ya and yb together raises the curve by as much. What that leaves of 1 is, the curve being a power
+    // of X, a cyclic sum too.
+    dy[1] = 1 - dy[3] - dy[5];
+    if (b > 0 && P > 0 && std::fabs(dy[1]) < 0.1 * (1 + std::fabs(dy[3]) + std::fabs(dy[5]))) {
+        const double L_ab = numerics::log_ratio(xb, xa);
+        dy[1] = -cyclic_sum({xa, 1.0}, {X, P}, {xb, b}, Lb / L_ab) / L_ab / b;
+    }
     y[1] = y0 + (ya - y0) * P;
     return 0;
 }
@@ -310,8 +356,15 @@ MODEL(FreundlichEXTEVP)
     y[1] = ya * (P / Pa);
     dy[1] = -y[1] * b * ua * (1 - c * La) / xa;
     dy[2] = P / Pa;
-    dy[3] = y[1] * (u * L - ua * La);
-    dy[4] = -y[1] * b * (u * L * L - ua * La * La);
+    const double L_ratio = numerics::log_ratio(X, xa);
+    if (std::fabs(L_ratio) < 1) {
+        const double u_difference = numerics::power_difference(u, ua, -c * L_ratio);
+        dy[3] = y[1] * (u * L_ratio + La * u_difference);
+        dy[4] = -y[1] * b * (u * L_ratio * (L + La) + La * La * u_difference);
+    } else {
+        dy[3] = y[1] * (u * L - ua * La);
+        dy[4] = -y[1] * b * (u * L * L - ua * La * La);
+    }
     return 0;
 }
 
@@ -532,15 +585,26 @@ MODEL(HarrisEVP)
     const double D = (Pb - P) * yb + (P - Pa) * ya;
     if (D == 0) return missing_values(error, y, dy, 1, 5);
     y[1] = (Pb - Pa) * ya * yb / D;
-    // The partials with respect to the powers X^c, xa^c and xb^c, from which those of xa, xb and c follow.
-    const double by_P = (yb - ya) * y[1] / D, by_Pa = (y[1] - yb) * ya / D, by_Pb = (ya - y[1]) * yb / D;
-    dy[1] = by_Pa * by_base(xa, c, Pa);
-    dy[2] = ((Pb - Pa) * yb - (P - Pa) * y[1]) / D;
-    dy[3] = by_Pb * by_base(xb, c, Pb);
-    dy[4] = ((Pb - Pa) * ya - (Pb - P) * y[1]) / D;
+    const double Pa_xa = by_base(xa, c, Pa), Pb_xb = by_base(xb, c, Pb);
     const double P_c = by_exponent(X, c, P), Pa_c = by_exponent(xa, c, Pa), Pb_c = by_exponent(xb, c, Pb);
-    dy[5] = by_P * P_c + by_Pa * Pa_c + by_Pb * Pb_c;
     if (error.raised()) return missing_values(error, y, dy, 1, 5);
+
+    // The value is near ya or yb where one of the three differences is small beside the others. What remains of it
+    // above either is a product of these differences, and so is every partial with respect to a power.
+    const auto difference = [c](double A, double a, double B, double b) {
+        return a > 0 && b > 0 ? numerics::power_difference(A, B, c * numerics::log_ratio(a, b)) : A - B;
+    };
+    const double from_a = difference(P, X, Pa, xa), to_b = difference(Pb, xb, P, X),
+                 all = difference(Pb, xb, Pa, xa);
+    const double D_exact = to_b * yb + from_a * ya, k = ya / D_exact * yb * (ya - yb);
+    dy[1] = k * (to_b / D_exact) * Pa_xa;
+    dy[2] = yb * (all / D_exact) * (yb * (to_b / D_exact));
+    dy[3] = k * (from_a / D_exact) * Pb_xb;
+    dy[4] = ya * (all / D_exact) * (ya * (from_a / D_exact));
+    if (xa > 0 && xb > 0 && X > 0)
+        dy[5] = k * cyclic_sum({xa, Pa / D_exact}, {X, P / D_exact}, {xb, Pb / D_exact}, c) * D_exact;
+    else
+        dy[5] = k * ((to_b * Pa_c + from_a * Pb_c - all * P_c) / D_exact);
     return 0;
 }
 

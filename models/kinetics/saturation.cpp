@@ -3,6 +3,7 @@
 // Every failure clears the chosen error variable and, in a derivative step, marks every entry of dy.
 
 #include "frame/evaluation.h"
+#include "numerics/differences.h"
 
 namespace curvebank {
 
@@ -179,9 +180,16 @@ MODEL(PIPlatt2)
     y[1] = Pm * (1 - Ea) * Eb;
     if (!(flags & EVAL_DERIVS)) return 0;
 
-    dy[1] = (1 - Ea - Ea * a * X / Pm + (1 - Ea) * b * X / Pm) * Eb;
+    // In weak light 1 - exp(-t) is about t and 1 - (1 + t)·exp(-t) about t²/2, both from terms near 1.
+    const double t = a * X / Pm;
+    double rise = 1 - Ea, curvature = 1 - Ea - Ea * a * X / Pm;
+    if (std::fabs(t) < 1) {
+        rise = t - numerics::expm1_beyond_linear(-t);
+        curvature = Ea * numerics::expm1_beyond_linear(t);
+    }
+    dy[1] = (curvature + rise * b * X / Pm) * Eb;
     dy[2] = Ea * X * Eb;
-    dy[3] = -(1 - Ea) * X * Eb;
+    dy[3] = -rise * X * Eb;
     return 0;
 }
 

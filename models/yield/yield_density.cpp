@@ -4,7 +4,10 @@
 // call; the others give derivatives only on calls without EVAL_VALUE. Every failure but those of Holliday1 clears
 // the error variable, and in a derivative step marks every entry of dy.
 
+#include <algorithm>
+
 #include "frame/evaluation.h"
+#include "numerics/differences.h"
 
 namespace curvebank {
 namespace {
@@ -19,6 +22,24 @@ double base_partial(double b, double e, double P)
 bool stays_zero(double b, double e)
 {
     return b == 0 && e > 0;
+}
+
+/// w·d - ln(1 + s·(e^d - 1)), where w = s·e^d/(1 + s·(e^d - 1)), for small d: terms that agree to first order. It
+/// is the integral from 0 to d of t·w·(1 - w), w taken at t, here by the rule of Gauss and Legendre with five
+/// points, which has full precision where |d| and |s·d| are at most 0.1.
+double second_order(double s, double d)
+{
+    static constexpr double node[] = {0.0469100770306680036, 0.230765344947158454, 0.5, 0.769234655052841546,
+                                      0.953089922969331996};
+    static constexpr double weight[] = {0.118463442528094544, 0.239314335249683234, 0.284444444444444444,
+                                        0.239314335249683234, 0.118463442528094544};
+    const numerics::KeepErrno keep;
+    double sum = 0.0;
+    for (int i = 0; i < 5; ++i) {
+        const double E = std::expm1(node[i] * d), D = 1 + s * E;
+        sum += weight[i] * node[i] * (1 + E) / (D * D);
+    }
+    return s * (1 - s) * (d * d) * sum;
 }
 
 }  // namespace
@@ -177,15 +198,31 @@ MODEL(BlNeldEVP)
     if (error.raised()) return missing_values(error, y, dy, 1, 5);
     y[1] = y2 * y1 * P;
 
-    const double slope = y2 * y1 * base_partial(B, e, P);  // of y against B
-    const double D_f = (X - x1) * std::log(y1) * P1 + (x2 - X) * std::log(y2) * P2;
-    dy[1] = slope * (B * P1 - 1) / D;
-    dy[2] = y2 * P - slope * B * (X - x1) * (f * P1 / y1) / D;
-    dy[3] = slope * (1 - B * P2) / D;
-    dy[4] = y1 * P - slope * B * (x2 - X) * (f * P2 / y2) / D;
-    dy[5] = -slope * B * D_f / D;
-    if (!stays_zero(B, e)) dy[5] -= y2 * y1 * std::log(B) * P / (f * f);
+    if (B == 0) static_cast<void>(guarded_pow(0, e - 1));   // which the partial in B needs, and fails by
+    if (!stays_zero(B, e)) static_cast<void>(std::log(B));  // a negative base fails, also where its power exists
     if (error.raised()) return missing_values(error, y, dy, 1, 5);
+
+    // The denominator over x2 - x1 is a mean of P1 and P2 with the weights s and r, which together are 1. As one of
+    // them and the other weight's part of their difference it keeps its digits where f is small, where the points
+    // are nearly of one height and where X is far from both.
+    const double s = (X - x1) / (x2 - x1), r = (x2 - X) / (x2 - x1);
+    const double d = f * numerics::log_ratio(y1, y2), difference = numerics::power_difference(P1, P2, d);
+    double mean = s * P1 + r * P2;
+    if (s < 0 || r < 0) mean = s < 0 ? P2 + s * difference : P1 - r * difference;
+    const double w1 = s * P1 / mean, w2 = r * P2 / mean;
+    const bool first_is_minor = std::fabs(w1) < std::fabs(w2);
+    const double major = first_is_minor ? P2 : P1,
+                 excess = first_is_minor ? s * difference / P2 : -r * difference / P1;
+    const double L = std::fabs(excess) < 0.5 ? numerics::log_of_one_plus(excess) : numerics::log_ratio(mean, major);
+    const double height = (first_is_minor ? y1 : y2) * numerics::quiet_exp(-L / f);
+    double by_f = first_is_minor ? w1 * d - L : -w2 * d - L;  // w1·ln(P1) + w2·ln(P2) - ln(mean)
+    if (std::max({std::fabs(s), std::fabs(r), 1.0}) * std::fabs(d) < 0.1)
+        by_f = std::fabs(s) < std::fabs(r) ? second_order(s, d) : second_order(r, -d);
+    dy[1] = height * r / (x2 - x1) * (difference / f / mean);
+    dy[2] = height / y1 * w2;
+    dy[3] = height * s / (x2 - x1) * (difference / f / mean);
+    dy[4] = height / y2 * w1;
+    dy[5] = -height / f * by_f / f;
     return 0;
 }
 
@@ -237,7 +274,7 @@ MODEL(Nelder)
 
     if (D == 0) return missing_values(error, y, dy, 1, 4);
     y[1] = u == 0 ? 0.0 : u / D;
-    dy[1] = (1 - (2 * b2 * u + b1) * y[1]) / D;
+    dy[1] = (b0 / D - b2 * u * y[1]) / D;  // of 1 - u·D'/D, without the linear term, which drops out
     dy[2] = -y[1] / D;
     dy[3] = dy[2] * u;
     dy[4] = dy[2] * (u * u);
