@@ -11,7 +11,7 @@ constexpr double none = std::numeric_limits<double>::quiet_NaN();
 
 using Column = std::vector<double>;
 
-constexpr double step_ratio = 4;
+constexpr double step_ratio = 8;
 
 /// The plain differences of one step at every point of an output, and what rounding makes of them.
 struct Level {
@@ -70,13 +70,13 @@ void difference(const Source &source, Source::Memory &memory, std::vector<double
 
     // Rounding of the parameter ends the ladder; of one that is 0, where the values no longer change.
     double least = 1e3 * epsilon * std::fabs(centre);
-    int levels = 20;
+    int levels = 14;
     if (centre == 0) {
         int unseen = -1000, seen = 1000;
         while (seen - unseen > 1)
             (changes(std::ldexp(1.0, (seen + unseen) / 2)) ? seen : unseen) = (seen + unseen) / 2;
         least = std::ldexp(1.0, seen);
-        levels = 27;
+        levels = 18;
     }
 
     std::vector<std::vector<Level>> ladders(outputs);

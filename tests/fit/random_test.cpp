@@ -114,7 +114,7 @@ private:
     void place_points()
     {
         const auto *const about = experiment.model.implementation().about;
-        count = random.chance(0.1) ? random.below(4) : 4 + random.below(14);
+        count = random.chance(0.1) ? random.below(4) : 4 + random.below(10);
         const double unit = random.chance(0.8) ? 1 : std::fabs(any_number(random));
         for (size_t i = 0; i < experiment.x.size(); ++i) {
             const double low = about ? about->sample_ranges[i].low : 0,
@@ -186,7 +186,7 @@ private:
             }
         }
         if (random.chance(0.1)) options.derived = {{"d", "1/" + parameters[0].name}};
-        options.max_iterations = static_cast<int>(random.below(40));
+        options.max_iterations = static_cast<int>(random.below(30));
         options.threads = random.chance(0.01) ? 2 : 1;
     }
 
