@@ -61,7 +61,8 @@ Standing Descender::stand(const std::vector<double> &p, const Descent &way)
     there.relative_offset = free == 0                  ? 0
                             : degrees > 0 && left > 0 ? there.projected / std::sqrt(free) / (left / std::sqrt(degrees))
                                                       : infinity;
-    there.at_rounding = there.projected <= 4 * problem_.rounding(p, there.reduced);
+    there.rounding = problem_.rounding(p, there.reduced);
+    there.at_rounding = there.projected <= 4 * there.rounding;
     return there;
 }
 
@@ -107,7 +108,7 @@ End Descender::go(const std::vector<double> &start, const Descent &way)
     const int most_slow = way.values == Values::fast ? 2 : 20;
     int refusals = 0, slow = 0;
     while (true) {
-        if (here_.at_rounding) return End::rounding;
+        if (here_.projected <= here_.rounding) return End::rounding;
         if (here_.relative_offset <= way.offset) return End::minimum;
         if (iterations_ >= max_iterations_) return End::iteration_limit;
         if (!watched()) return End::stopped;
@@ -124,7 +125,7 @@ End Descender::go(const std::vector<double> &start, const Descent &way)
 
         // So near a minimum that the sum of squares no longer tells: the projection does.
         const double before = here_.sum_of_squares(), after = there.sum_of_squares();
-        const double blur = 4 * problem_.rounding(here_.p, here_.reduced) * std::sqrt(before);
+        const double blur = 4 * here_.rounding * std::sqrt(before);
         if (step.predicted <= std::max(64 * epsilon * before, blur)) {
             // Where residuals are large and curved, a whole step leads past the minimum.
             if (!(there.projected < here_.projected) || !std::isfinite(after)) {

@@ -35,7 +35,8 @@ struct Standing {
     std::vector<bool> held;       ///< of the varied ones: by a bound
     double projected = 0;         ///< norm of the residuals' projection on the free derivatives
     double relative_offset = 0;   ///< that per parameter, against what is left per degree of freedom; infinite for none
-    bool at_rounding = false;     ///< the projection is no larger than rounding makes it
+    double rounding = 0;          ///< norm of what rounding alone makes of the residuals
+    bool at_rounding = false;     ///< the projection is of that size: further steps may help or not
 
     double sum_of_squares() const { return reduced.sum_of_squares; }
 };

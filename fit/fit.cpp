@@ -81,7 +81,7 @@ public:
                 best.iterations = other.iterations;
         };
         if (go_on() && problem_.separable()) try_from(start, true);
-        if (go_on())
+        if (go_on() && best.end != End::no_value)
             if (const auto elsewhere = off_plateau(best)) try_from(*elsewhere, problem_.separable());
         return report(std::move(best));
     }
@@ -130,7 +130,8 @@ private:
         constexpr size_t most_points = 100000;
         constexpr double clearly = 0.999;
         const std::vector<double> &start = parameters_.start();
-        if (problem_.residuals() > most_points || !problem_.prepare(start)) return std::nullopt;
+        if (stuck.end == End::no_value || problem_.residuals() > most_points || !problem_.prepare(start))
+            return std::nullopt;
         Descender descender(problem_, options_.max_iterations, {});
         double least = clearly * problem_.sum_of_squares(stuck.standing.p, Values::fast);
         if (!std::isfinite(least)) least = std::numeric_limits<double>::max();

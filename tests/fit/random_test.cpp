@@ -95,7 +95,7 @@ private:
     void place_points()
     {
         const auto *const about = experiment.model.implementation().about;
-        count = random.chance(0.1) ? random.below(4) : 4 + random.below(20);
+        count = random.chance(0.1) ? random.below(4) : 4 + random.below(14);
         const double unit = random.chance(0.8) ? 1 : std::fabs(any_number(random));
         for (size_t i = 0; i < experiment.x.size(); ++i) {
             const double low = about ? about->sample_ranges[i].low : 0, high = about ? about->sample_ranges[i].high : 5;
@@ -164,7 +164,7 @@ private:
             }
         }
         if (random.chance(0.1)) options.derived = {{"d", "1/" + parameters[0].name}};
-        options.max_iterations = static_cast<int>(random.below(60));
+        options.max_iterations = static_cast<int>(random.below(40));
         options.threads = random.chance(0.01) ? 2 : 1;
     }
 
@@ -264,9 +264,9 @@ std::string complaint(const Experiment &experiment, const Result &result)
             if (name == estimate.name && estimate.value < value) return name + " is below its bound";
         for (const auto &[name, value] : options.upper)
             if (name == estimate.name && estimate.value > value) return name + " is above its bound";
-        if (estimate.fixed && !estimate.tied && std::find(options.fixed.begin(), options.fixed.end(), estimate.name) != options.fixed.end())
+        for (const std::string &fixed : options.fixed)
             for (const auto &[name, value] : options.start)
-                if (name == estimate.name && estimate.value != value) return name + " is fixed and moved";
+                if (fixed == name && name == estimate.name && estimate.value != value) return name + " is fixed and moved";
     }
     for (const Estimate &estimate : result.derived)
         if (std::isinf(estimate.value) || std::isinf(estimate.standard_error)) return "a derived quantity is infinite";
@@ -275,8 +275,6 @@ std::string complaint(const Experiment &experiment, const Result &result)
                       result.adjusted_r_squared, result.aic, result.aicc, result.bic}))
         return "a statistic is infinite";
     if (result.r_squared > 1) return "r squared is above 1";
-    if (result.verdict == Verdict::converged && !(result.relative_offset <= 1e-6) && result.degrees_of_freedom > 0 && std::isnan(result.relative_offset))
-        return "converged without an offset";
     return "";
 }
 
@@ -325,7 +323,8 @@ TEST_CASE("random problems: an Error or an honest result")
             if (!column.untouched()) what = "the data were written to";
         if (what.empty()) continue;
         ++complaints;
-        FAIL_CHECK("problem " << number << ", " << experiment.model.name() << ", " << std::string(word(result.verdict)) << ": " << what);
+        FAIL_CHECK("problem " << number << ", " << experiment.model.name() << ", " << std::string(word(result.verdict))
+                              << ": " << what);
     }
     std::string text;
     for (const auto &[end, times] : ends) text += end + " " + std::to_string(times) + ", ";
