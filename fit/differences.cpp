@@ -15,18 +15,24 @@ constexpr double step_ratio = 4;
 
 /// The plain differences of one step at every point of an output, and what rounding makes of them.
 struct Level {
+    double width;  ///< of the whole step
     Column difference, rounding;
 };
 
 /// Of a ladder of differences at one point, the smallest step first: each is extrapolated from the next, and the one taken is
 /// closest to all smaller steps beside their rounding. Smaller steps are right but for rounding; larger ones may
-/// agree among each other because they both miss the feature.
+/// agree among each other because they both miss the feature. How rough the values are, which may be more than their
+/// rounding, shows in the smallest steps.
 double best_of(const std::vector<Level> &ladder, size_t point)
 {
-    double best = none, least = std::numeric_limits<double>::infinity();
+    double best = none, least = std::numeric_limits<double>::infinity(), rough = 0;
+    for (size_t k = 0; k < 4 && k + 1 < ladder.size(); ++k) {
+        const double apart = std::fabs(ladder[k].difference[point] - ladder[k + 1].difference[point]);
+        if (apart > ladder[k].rounding[point]) rough = std::max(rough, 2 * apart * ladder[k].width);
+    }
     std::vector<double> estimates, roundings;
     for (size_t k = 0; k < ladder.size(); ++k) {
-        const double here = ladder[k].difference[point], rounding = ladder[k].rounding[point];
+        const double here = ladder[k].difference[point], rounding = std::max(ladder[k].rounding[point], rough / ladder[k].width);
         if (!std::isfinite(here)) continue;
         const double next = k + 1 < ladder.size() ? ladder[k + 1].difference[point] : none;
         const double extrapolated =
@@ -83,7 +89,7 @@ void difference(const Source &source, Source::Memory &memory, std::vector<double
         values_at(p_low, to_low);
         values_at(p_high, to_high);
         for (size_t k = 0; k < outputs; ++k) {
-            Level level{Column(count, none), Column(count)};
+            Level level{p_high - p_low, Column(count, none), Column(count)};
             for (size_t i = 0; i < count; ++i) {
                 const double a = low[k][i], b = high[k][i], here = value[k][i];
                 level.rounding[i] = 8 * epsilon * (std::fabs(here) + std::max(std::fabs(a), std::fabs(b))) / (p_high - p_low);
