@@ -59,7 +59,8 @@ std::vector<double> starts_of(const Experiment &experiment)
 }
 
 /// What is wrong with a fit that should have ended at those parameters, with those errors (NaN: not known).
-std::string differences(const Result &result, const std::vector<double> &expected, const std::vector<double> &errors)
+std::string differences(const Result &result, const std::vector<double> &expected,
+                        const std::vector<double> &errors)
 {
     if (!is_success(result.verdict)) return std::string(word(result.verdict)) + "; " + notes_of(result);
     std::string text;
@@ -70,12 +71,13 @@ std::string differences(const Result &result, const std::vector<double> &expecte
         const double off = std::fabs(found.value - expected[i]);
         char line[160];
         if (!(off <= std::max(1e-3 * found.standard_error, place))) {
-            std::snprintf(line, sizeof line, "%s = %.17g, not %.17g +- %.3g; ", found.name.c_str(), found.value, expected[i],
-                          found.standard_error);
+            std::snprintf(line, sizeof line, "%s = %.17g, not %.17g +- %.3g; ", found.name.c_str(), found.value,
+                          expected[i], found.standard_error);
             text += line;
         }
         if (!std::isnan(errors[i]) && !(std::fabs(found.standard_error - errors[i]) <= 1e-3 * errors[i])) {
-            std::snprintf(line, sizeof line, "the error of %s is %.6g, not %.6g; ", found.name.c_str(), found.standard_error, errors[i]);
+            std::snprintf(line, sizeof line, "the error of %s is %.6g, not %.6g; ", found.name.c_str(),
+                          found.standard_error, errors[i]);
             text += line;
         }
     }
@@ -89,13 +91,14 @@ std::string text_of(double number)
     return text.str();
 }
 
-/// Whether numbers in other units are doubles that still know what they were: the base of an exponential, say, is all but
-/// 1 where x counts millionths.
+/// Whether numbers in other units are doubles that still know what they were: the base of an exponential, say, is
+/// all but 1 where x counts millionths.
 bool can_come_back(const Scaling &scaling, const std::vector<double> &scaled, const std::vector<double> &original)
 {
     Values inverse;
     for (const auto &[name, factor] : scaling.factors) inverse[name] = 1 / factor;
-    const std::vector<double> back = Scaling(*scaling.model, scaling.model->entry.units, inverse).parameters(scaled);
+    const std::vector<double> back =
+        Scaling(*scaling.model, scaling.model->entry.units, inverse).parameters(scaled);
     for (size_t i = 0; i < back.size(); ++i)
         if (!(std::fabs(back[i] - original[i]) <= 1e-12 * std::fabs(original[i]))) return false;
     return true;
@@ -153,7 +156,8 @@ TEST_CASE("scaled variables: the same fit")
             ++tally.unfit;
             continue;
         }
-        std::vector<std::vector<std::string>> together;  // several values would weigh otherwise, each in its own unit
+        std::vector<std::vector<std::string>>
+            together;  // several values would weigh otherwise, each in its own unit
         for (const std::string &variable : about.variables) together.push_back({variable});
         together.push_back(about.values);
         for (const std::vector<std::string> &scaled : together)
@@ -184,10 +188,13 @@ TEST_CASE("scaled variables: the same fit")
                 }
                 ++tally.compared;
                 const std::string text = differences(other.run(), expected, errors);
-                if (!text.empty()) tally.failures[std::string(entry.name)] += scaled[0] + " * " + text_of(factor) + ": " + text + "\n";
+                if (!text.empty())
+                    tally.failures[std::string(entry.name)] +=
+                        scaled[0] + " * " + text_of(factor) + ": " + text + "\n";
             }
     }
-    // Some samples leave parameters undetermined, with a verdict that says so, and some units leave none of their digits.
+    // Some samples leave parameters undetermined, with a verdict that says so, and some units leave none of their
+    // digits.
     CHECK(tally.unfit <= 20);
     CHECK(tally.lost <= 40);
     CHECK(tally.compared >= 2000);
@@ -203,7 +210,8 @@ TEST_CASE("variables that begin elsewhere: the same fit")
         const DescribedModel about = described(entry);
         for (const std::string &variable : about.variables) {
             if (std::find(entry.shifts.begin(), entry.shifts.end(), variable) == entry.shifts.end()) continue;
-            const size_t axis = static_cast<size_t>(std::find(about.variables.begin(), about.variables.end(), variable) - about.variables.begin());
+            const size_t axis = static_cast<size_t>(
+                std::find(about.variables.begin(), about.variables.end(), variable) - about.variables.begin());
             const auto [low, high] = entry.sample_ranges[axis];
             for (const double widths : {1e3, 1e8}) {
                 const double by = std::ldexp(1.0, std::ilogb(widths * (high - low)));
@@ -223,7 +231,8 @@ TEST_CASE("variables that begin elsewhere: the same fit")
                 other.start(start);
                 ++tally.compared;
                 const std::string text = differences(other.run(), expected, errors_of(plain));
-                if (!text.empty()) tally.failures[std::string(entry.name)] += variable + " + " + text_of(by) + ": " + text + "\n";
+                if (!text.empty())
+                    tally.failures[std::string(entry.name)] += variable + " + " + text_of(by) + ": " + text + "\n";
             }
         }
     }

@@ -97,10 +97,23 @@ const Problem problems[] = {
     {"gauss1",
      "b1*exp(-b2*x) + b3*exp(-(x-b4)^2/b5^2) + b6*exp(-(x-b7)^2/b8^2)",
      "ExpDec1 + Gauss",
-     {{"d_y0", "0"}, {"d_A", "b1"}, {"d_t", "1/b2"}, {"p_xc1", "b4"}, {"p_w1", "sqrt(2)*b5"}, {"p_A1", "b3*b5*sqrt(pi)"},
-      {"p_xc2", "b7"}, {"p_w2", "sqrt(2)*b8"}, {"p_A2", "b6*b8*sqrt(pi)"}},
-     {{"b1", "d_A"}, {"b2", "1/d_t"}, {"b3", "p_A1/(p_w1*sqrt(pi/2))"}, {"b4", "p_xc1"}, {"b5", "p_w1/sqrt(2)"},
-      {"b6", "p_A2/(p_w2*sqrt(pi/2))"}, {"b7", "p_xc2"}, {"b8", "p_w2/sqrt(2)"}}},
+     {{"d_y0", "0"},
+      {"d_A", "b1"},
+      {"d_t", "1/b2"},
+      {"p_xc1", "b4"},
+      {"p_w1", "sqrt(2)*b5"},
+      {"p_A1", "b3*b5*sqrt(pi)"},
+      {"p_xc2", "b7"},
+      {"p_w2", "sqrt(2)*b8"},
+      {"p_A2", "b6*b8*sqrt(pi)"}},
+     {{"b1", "d_A"},
+      {"b2", "1/d_t"},
+      {"b3", "p_A1/(p_w1*sqrt(pi/2))"},
+      {"b4", "p_xc1"},
+      {"b5", "p_w1/sqrt(2)"},
+      {"b6", "p_A2/(p_w2*sqrt(pi/2))"},
+      {"b7", "p_xc2"},
+      {"b8", "p_w2/sqrt(2)"}}},
     {"hahn1", "(b1+b2*x+b3*x^2+b4*x^3)/(1+b5*x+b6*x^2+b7*x^3)", "", {}, {}},
     {"lanczos3", "b1*exp(-b2*x) + b3*exp(-b4*x) + b5*exp(-b6*x)", "Lanczos3", {}, {}},
     {"mgh10", "b1*exp(b2/(x+b3))", "Exp3P1", {}, {}},
@@ -135,9 +148,11 @@ void check(Experiment &experiment, const Problem &problem, const Certified &from
         std::map<std::string, double> given;
         for (size_t i = 0; i < start.size(); ++i) given[from.names[i]] = start[i];
         for (const auto &[name, text] : problem.starts)
-            experiment.options.start.emplace_back(name, formula::evaluate<double>(formula::Formula::parse(text), given));
+            experiment.options.start.emplace_back(name,
+                                                  formula::evaluate<double>(formula::Formula::parse(text), given));
         if (problem.starts.empty())
-            for (size_t i = 0; i < start.size(); ++i) experiment.options.start.emplace_back(from.names[i], start[i]);
+            for (size_t i = 0; i < start.size(); ++i)
+                experiment.options.start.emplace_back(from.names[i], start[i]);
         const Result result = experiment.run();
         CAPTURE(problem.set);
         CAPTURE(experiment.model.name());
@@ -195,8 +210,9 @@ TEST_CASE("certified linear problems, from zeros")
         {"pontius", "Parabola", {0.107938612033077e-3, 0.157817399981659e-9, 0.486652849992036e-16}},
         {"filip",
          "PolyN",
-         {298.084530995537, 559.779865474950, 466.477572127796, 227.204274477751, 71.6478660875927, 15.2897178747400,
-          2.23691159816033, 0.221624321934227, 0.142363763154724e-1, 0.535617408889821e-3, 0.896632837373868e-5}},
+         {298.084530995537, 559.779865474950, 466.477572127796, 227.204274477751, 71.6478660875927,
+          15.2897178747400, 2.23691159816033, 0.221624321934227, 0.142363763154724e-1, 0.535617408889821e-3,
+          0.896632837373868e-5}},
     };
     for (const auto &problem : linear) {
         CAPTURE(problem.set);

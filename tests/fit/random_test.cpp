@@ -1,12 +1,12 @@
-// Small problems of all kinds, sensible ones and nonsense: whatever is asked, the answer is an Error or an honest result.
-// CURVEBANK_RANDOM_PROBLEMS sets how many are tried, CURVEBANK_RANDOM_FIRST the number of the first.
+// Small problems of all kinds, sensible ones and nonsense: whatever is asked, the answer is an Error or an honest
+// result. CURVEBANK_RANDOM_PROBLEMS sets how many are tried, CURVEBANK_RANDOM_FIRST the number of the first.
 
 #include <cstdlib>
 #include <cstring>
 #include <map>
 
-#include <boost/multiprecision/cpp_bin_float.hpp>
 #include <doctest/doctest.h>
+#include <boost/multiprecision/cpp_bin_float.hpp>
 
 #include "fit/implementation.h"
 #include "formula/evaluate.h"
@@ -36,11 +36,26 @@ const std::vector<Model> &models()
             list.push_back(Model::catalogue(entry.name));
             if (entry.most_terms() > 1 && list.size() % 3 == 0) list.push_back(Model::catalogue(entry.name, 2));
         }
-        for (const char *text :
-             {"a + b*x", "a*exp(-b*x)", "a*exp(-b*x) + c", "a*(1 - exp(-b*x))", "a*x^b", "a/(1 + exp(b - c*x))",
-              "a*exp(b/(x + c))", "a*sin(b*x + c) + d", "a*sqrt(x - b)", "a*ln(x - b) + c", "a*exp(b)*x",
-              "(a + b*x)/(1 + c*x)", "a*exp(-((x-b)/c)^2)", "x < a ? b : c", "abs(x - a)*b", "a^b^x", "1/(a - a) + x*b",
-              "exp(exp(a*x))", "gamma(a*x)*b", "a + 0*b*x"})
+        for (const char *text : {"a + b*x",
+                                 "a*exp(-b*x)",
+                                 "a*exp(-b*x) + c",
+                                 "a*(1 - exp(-b*x))",
+                                 "a*x^b",
+                                 "a/(1 + exp(b - c*x))",
+                                 "a*exp(b/(x + c))",
+                                 "a*sin(b*x + c) + d",
+                                 "a*sqrt(x - b)",
+                                 "a*ln(x - b) + c",
+                                 "a*exp(b)*x",
+                                 "(a + b*x)/(1 + c*x)",
+                                 "a*exp(-((x-b)/c)^2)",
+                                 "x < a ? b : c",
+                                 "abs(x - a)*b",
+                                 "a^b^x",
+                                 "1/(a - a) + x*b",
+                                 "exp(exp(a*x))",
+                                 "gamma(a*x)*b",
+                                 "a + 0*b*x"})
             for (int i = 0; i < 3; ++i) list.push_back(Model::formula(text));
         list.push_back(Model::sum({{"g_", Model::catalogue("GaussAmp")}, {"d_", Model::catalogue("ExpDec1")}}));
         return list;
@@ -53,8 +68,9 @@ double any_number(Random &random)
 {
     if (random.chance(0.1)) return 0;
     const double digits = random.uniform(-10, 10);
-    return random.chance(0.5) ? digits : std::ldexp(digits, static_cast<int>(random.uniform(-30, 30)) *
-                                                                (random.chance(0.1) ? 30 : 1));
+    return random.chance(0.5)
+               ? digits
+               : std::ldexp(digits, static_cast<int>(random.uniform(-30, 30)) * (random.chance(0.1) ? 30 : 1));
 }
 
 /// Columns with sentinels on both sides.
@@ -65,7 +81,10 @@ public:
         std::copy(column.begin(), column.end(), numbers_.begin() + margin);
         copy_ = numbers_;
     }
-    std::span<const double> column() const { return std::span(numbers_).subspan(margin, numbers_.size() - 2 * margin); }
+    std::span<const double> column() const
+    {
+        return std::span(numbers_).subspan(margin, numbers_.size() - 2 * margin);
+    }
     bool untouched() const
     {
         return std::memcmp(numbers_.data(), copy_.data(), copy_.size() * sizeof(double)) == 0;
@@ -98,7 +117,8 @@ private:
         count = random.chance(0.1) ? random.below(4) : 4 + random.below(14);
         const double unit = random.chance(0.8) ? 1 : std::fabs(any_number(random));
         for (size_t i = 0; i < experiment.x.size(); ++i) {
-            const double low = about ? about->sample_ranges[i].low : 0, high = about ? about->sample_ranges[i].high : 5;
+            const double low = about ? about->sample_ranges[i].low : 0,
+                         high = about ? about->sample_ranges[i].high : 5;
             const double kind = random.uniform(0, 1);
             for (size_t point = 0; point < count; ++point)
                 experiment.x[i].push_back(kind < 0.9    ? unit * random.uniform(low, high)
@@ -154,8 +174,10 @@ private:
                                               : parameter.start * any_number(random);
             options.start.emplace_back(parameter.name, start);
             if (random.chance(0.05)) options.fixed.push_back(parameter.name);
-            if (random.chance(0.1)) options.lower.emplace_back(parameter.name, start - std::fabs(any_number(random)));
-            if (random.chance(0.1)) options.upper.emplace_back(parameter.name, start + std::fabs(any_number(random)));
+            if (random.chance(0.1))
+                options.lower.emplace_back(parameter.name, start - std::fabs(any_number(random)));
+            if (random.chance(0.1))
+                options.upper.emplace_back(parameter.name, start + std::fabs(any_number(random)));
             if (random.chance(0.02)) {
                 const std::string &other = parameters[random.below(parameters.size())].name;
                 const char *const ties[] = {"2*", "1 + 0.5*", "1/", "ln("};
@@ -177,8 +199,8 @@ bool no_infinity(const std::vector<double> &numbers)
     return std::none_of(numbers.begin(), numbers.end(), [](double number) { return std::isinf(number); });
 }
 
-/// How far from a minimum the result is, in 50 digits: the relative offset, or 0 where the residuals' projection is no
-/// more than rounding of the values makes it.
+/// How far from a minimum the result is, in 50 digits: the relative offset, or 0 where the residuals' projection is
+/// no more than rounding of the values makes it.
 double exact_offset(const Experiment &experiment, const Result &result)
 {
     const Model::Implementation &model = experiment.model.implementation();
@@ -207,7 +229,7 @@ double exact_offset(const Experiment &experiment, const Result &result)
             }
             if (!usable) continue;
             evaluator(at_point, found);
-            const double weight = !experiment.weights.empty()  ? std::sqrt(experiment.weights[point])
+            const double weight = !experiment.weights.empty() ? std::sqrt(experiment.weights[point])
                                   : !experiment.sigma.empty() ? 1 / experiment.sigma[point]
                                                               : 1;
             const double y = experiment.y.empty() ? 0 : experiment.y[k][point];
@@ -225,7 +247,8 @@ double exact_offset(const Experiment &experiment, const Result &result)
     // What x, parameters and values are rounded to moves the curve so far.
     Exact rounding = sqrt(size);
     for (size_t c = 0; c < n; ++c) {
-        const Exact moved = sqrt(product(columns[c], columns[c])) * fabs(at_point[model.variables.size() + free[c]]);
+        const Exact moved =
+            sqrt(product(columns[c], columns[c])) * fabs(at_point[model.variables.size() + free[c]]);
         if (moved > rounding) rounding = moved;
     }
     Exact explained = 0;
@@ -266,10 +289,12 @@ std::string complaint(const Experiment &experiment, const Result &result)
             if (name == estimate.name && estimate.value > value) return name + " is above its bound";
         for (const std::string &fixed : options.fixed)
             for (const auto &[name, value] : options.start)
-                if (fixed == name && name == estimate.name && estimate.value != value) return name + " is fixed and moved";
+                if (fixed == name && name == estimate.name && estimate.value != value)
+                    return name + " is fixed and moved";
     }
     for (const Estimate &estimate : result.derived)
-        if (std::isinf(estimate.value) || std::isinf(estimate.standard_error)) return "a derived quantity is infinite";
+        if (std::isinf(estimate.value) || std::isinf(estimate.standard_error))
+            return "a derived quantity is infinite";
     if (!no_infinity(result.covariance) || !no_infinity(result.correlation)) return "a covariance is infinite";
     if (!no_infinity({result.sum_of_squares, result.residual_sd, result.reduced_chi_square, result.r_squared,
                       result.adjusted_r_squared, result.aic, result.aicc, result.bic}))
@@ -323,8 +348,8 @@ TEST_CASE("random problems: an Error or an honest result")
             if (!column.untouched()) what = "the data were written to";
         if (what.empty()) continue;
         ++complaints;
-        FAIL_CHECK("problem " << number << ", " << experiment.model.name() << ", " << std::string(word(result.verdict))
-                              << ": " << what);
+        FAIL_CHECK("problem " << number << ", " << experiment.model.name() << ", "
+                              << std::string(word(result.verdict)) << ": " << what);
     }
     std::string text;
     for (const auto &[end, times] : ends) text += end + " " + std::to_string(times) + ", ";

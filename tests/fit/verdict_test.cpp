@@ -74,7 +74,8 @@ TEST_CASE("a feature far from 0 has the value and the errors that it has at 0")
         for (size_t i = 0; i < a.parameters.size(); ++i) {
             const double shift = i == feature.position ? feature.centre : 0;
             const double error = a.parameters[i].standard_error, place = std::fabs(b.parameters[i].value) * 4.5e-16;
-            CHECK(std::fabs(b.parameters[i].value - shift - a.parameters[i].value) <= std::max(1e-3 * error, place));
+            CHECK(std::fabs(b.parameters[i].value - shift - a.parameters[i].value) <=
+                  std::max(1e-3 * error, place));
             CHECK(b.parameters[i].standard_error == about(error, 1e-3));
         }
         CHECK(b.r_squared > 0.97);
@@ -116,8 +117,7 @@ TEST_CASE("from poor starts no flat line is called a fit")
             poor.start(start);
             const Result result = poor.run();
             CAPTURE(word(result.verdict));
-            if (is_success(result.verdict))
-                CHECK(result.r_squared > 0.1);
+            if (is_success(result.verdict)) CHECK(result.r_squared > 0.1);
             found += is_success(result.verdict) && result.r_squared > 0.98;
         }
         CHECK(3 * found > static_cast<int>(starts.size()));  // the others see nothing of the curve where they are
@@ -454,7 +454,8 @@ TEST_CASE("two outputs, and equations without one")
     CHECK(traced.degrees_of_freedom == 115);
     CHECK(at(traced, "r").value == about(3, 0.01));
     // Both outputs as one curve, the second after the first.
-    Experiment unrolled(Model::formula("k < 1 ? xc + r*cos(omega*x + phi) : yc + r*sin(omega*x + phi)", {"x", "k"}));
+    Experiment unrolled(
+        Model::formula("k < 1 ? xc + r*cos(omega*x + phi) : yc + r*sin(omega*x + phi)", {"x", "k"}));
     unrolled.y.resize(1);
     for (size_t k = 0; k < 2; ++k)
         for (size_t i = 0; i < 60; ++i) {
@@ -602,7 +603,8 @@ TEST_CASE("any number of threads gives the same bits")
         peaks.options.threads = threads;
         const Result many = peaks.run();
         CHECK(values_of(many) == values_of(one));
-        CHECK(std::memcmp(many.covariance.data(), one.covariance.data(), one.covariance.size() * sizeof(double)) == 0);
+        CHECK(std::memcmp(many.covariance.data(), one.covariance.data(), one.covariance.size() * sizeof(double)) ==
+              0);
         CHECK(std::memcmp(&many.sum_of_squares, &one.sum_of_squares, sizeof(double)) == 0);
         CHECK(many.evaluations == one.evaluations);
     }

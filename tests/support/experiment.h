@@ -18,7 +18,10 @@ class Random {
 public:
     explicit Random(unsigned seed) : generator_(seed) {}
 
-    double uniform(double low, double high) { return low + (high - low) * static_cast<double>(generator_() >> 11) * 0x1p-53; }
+    double uniform(double low, double high)
+    {
+        return low + (high - low) * static_cast<double>(generator_() >> 11) * 0x1p-53;
+    }
     size_t below(size_t count) { return static_cast<size_t>(generator_() % count); }
     bool chance(double share) { return uniform(0, 1) < share; }
 
