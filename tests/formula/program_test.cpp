@@ -155,7 +155,9 @@ double tolerance(Operation operation)
     switch (operation) {
         case tan:
         case atan:
-        case cbrt:
+        case asinh:
+        case acosh:
+        case atanh:
             return 3;
         case erf:
             return 4;
