@@ -138,7 +138,8 @@ private:
         constexpr size_t most_points = 100000;
         constexpr double clearly = 0.999;
         const std::vector<double> &start = parameters_.start();
-        if (problem_.residuals() > most_points || !problem_.prepare(start)) return std::nullopt;
+        if (stuck.end == End::no_value || problem_.residuals() > most_points || !problem_.prepare(start))
+            return std::nullopt;
         Descender descender(problem_, options_.max_iterations, {});
         double least = clearly * problem_.sum_of_squares(stuck.standing.p, Values::fast);
         if (!std::isfinite(least)) least = std::numeric_limits<double>::max();

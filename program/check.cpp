@@ -6,9 +6,6 @@
 
 #include <fmt/format.h>
 
-#include "fit/differences.h"
-#include "fit/kernels.h"
-#include "fit/sources.h"
 #include "platform/error.h"
 #include "program/worksheet.h"
 
@@ -54,21 +51,25 @@ double largest(const std::vector<double> &values)
     return result;
 }
 
-/// Differences of the values y with respect to each parameter.
-Columns differences(const KnownModel &known, const Shape &called, const std::vector<double> &p, const Columns &x,
-                    std::vector<double> y)
+/// Central differences with respect to each parameter, at samples, where parameters are of the order of the changes that
+/// show; one-sided where the model has no value on a side.
+Columns differences(const Evaluator &model, const std::vector<double> &p, const Columns &x)
 {
-    const auto source = fit::contract_source({known.function, called.nParams, p.size(), x.size(), 1});
-    const auto memory = source->memory();
-    Columns result(p.size(), std::vector<double>(y.size()));
-    for (size_t first = 0; first < y.size(); first += fit::block_rows) {
-        std::vector<const double *> from;
-        for (const auto &column : x) from.push_back(&column[first]);
-        double *const value = &y[first];
-        for (size_t i = 0; i < p.size(); ++i) {
-            double *const derivative = &result[i][first];
-            fit::difference(*source, *memory, p, i, from.data(), std::min(fit::block_rows, y.size() - first), &value,
-                            &derivative, 1);
+    const std::vector<double> here = model.values(p, x)[0];
+    Columns result(p.size(), std::vector<double>(here.size()));
+    std::vector<double> moved = p;
+    for (size_t i = 0; i < p.size(); ++i) {
+        const double step = std::cbrt(std::numeric_limits<double>::epsilon()) * std::max(1e-3, std::fabs(p[i]));
+        const double p_low = p[i] - step, p_high = p[i] + step;
+        moved[i] = p_low;
+        const std::vector<double> low = model.values(moved, x)[0];
+        moved[i] = p_high;
+        const std::vector<double> high = model.values(moved, x)[0];
+        moved[i] = p[i];
+        for (size_t r = 0; r < here.size(); ++r) {
+            const bool has_low = !std::isnan(low[r]), has_high = !std::isnan(high[r]);
+            result[i][r] = ((has_high ? high[r] : here[r]) - (has_low ? low[r] : here[r])) /
+                           ((has_high ? p_high : p[i]) - (has_low ? p_low : p[i]));
         }
     }
     return result;
@@ -113,7 +114,7 @@ std::vector<InexactEntry> inexact_entries(const KnownModel &known, const std::ve
     const Shape called = shape(known, static_cast<int>(p.size()));
     Evaluator evaluator(known, called);
     const std::vector<double> y = evaluator.values(p, x)[0];
-    const Columns own = evaluator.derivatives(p, x), exact = differences(known, called, p, x, y);
+    const Columns own = evaluator.derivatives(p, x), exact = differences(evaluator, p, x);
 
     const double noise = std::max(1e-7, 100 * about.tolerance);  // what the differences cannot resolve
     std::vector<InexactEntry> found;

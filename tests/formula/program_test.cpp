@@ -155,7 +155,9 @@ double tolerance(Operation operation)
     switch (operation) {
         case tan:
         case atan:
-        case cbrt:
+        case asinh:
+        case acosh:
+        case atanh:
             return 3;
         case erf:
             return 4;
@@ -429,12 +431,14 @@ TEST_CASE("the environment lowers the instruction set")
 {
 #ifndef _WIN32
     const Instructions best = best_instructions();
+    const char *wish = std::getenv("CURVEBANK_INSTRUCTIONS");
+    const std::string before = wish ? wish : "";
     setenv("CURVEBANK_INSTRUCTIONS", "baseline", 1);
     CHECK(best_instructions() == Instructions::baseline);
     CHECK(Program(std::vector{Formula::parse("x")}, {"x"}, {}).instructions() == Instructions::baseline);
     setenv("CURVEBANK_INSTRUCTIONS", "AVX", 1);
     CHECK_THROWS_AS(best_instructions(), std::invalid_argument);
-    unsetenv("CURVEBANK_INSTRUCTIONS");
+    setenv("CURVEBANK_INSTRUCTIONS", before.c_str(), 1);
     CHECK(best_instructions() == best);
 #endif
 }
