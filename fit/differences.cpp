@@ -19,20 +19,24 @@ struct Level {
     Column difference, rounding;
 };
 
-/// Of a ladder of differences at one point, the smallest step first: each is extrapolated from the next, and the one taken is
-/// closest to all smaller steps beside their rounding. Smaller steps are right but for rounding; larger ones may
-/// agree among each other because they both miss the feature. How rough the values are, which may be more than their
-/// rounding, shows in the smallest steps.
+/// Of a ladder of differences at one point, the smallest step first: each is extrapolated from the next, and the
+/// one taken is closest to all smaller steps beside their rounding. Smaller steps are right but for rounding;
+/// larger ones may agree among each other because they both miss the feature. How rough the values are, which may
+/// be more than their rounding, shows in the smallest steps.
 double best_of(const std::vector<Level> &ladder, size_t point)
 {
     double best = none, least = std::numeric_limits<double>::infinity(), rough = 0;
-    for (size_t k = 0; k < 4 && k + 1 < ladder.size(); ++k) {
-        const double apart = std::fabs(ladder[k].difference[point] - ladder[k + 1].difference[point]);
-        if (apart > ladder[k].rounding[point]) rough = std::max(rough, 2 * apart * ladder[k].width);
-    }
+    const auto apart = [&](size_t k) {
+        return std::fabs(ladder[k].difference[point] - ladder[k + 1].difference[point]);
+    };
+    for (size_t k = 0; k < 3 && k + 2 < ladder.size(); ++k)
+        // Where differences move apart as steps grow, it is the curve and no roughness that shows.
+        if (apart(k) > ladder[k].rounding[point] && !(apart(k + 1) > apart(k)))
+            rough = std::max(rough, 2 * apart(k) * ladder[k].width);
     std::vector<double> estimates, roundings;
     for (size_t k = 0; k < ladder.size(); ++k) {
-        const double here = ladder[k].difference[point], rounding = std::max(ladder[k].rounding[point], rough / ladder[k].width);
+        const double here = ladder[k].difference[point],
+                     rounding = std::max(ladder[k].rounding[point], rough / ladder[k].width);
         if (!std::isfinite(here)) continue;
         const double next = k + 1 < ladder.size() ? ladder[k + 1].difference[point] : none;
         const double extrapolated =
@@ -53,8 +57,9 @@ double best_of(const std::vector<Level> &ladder, size_t point)
 
 }  // namespace
 
-void difference(const Source &source, Source::Memory &memory, std::vector<double> p, size_t j, const double *const *x, size_t count,
-                double *const *value, double *const *derivative, size_t outputs)
+void difference(const Source &source, Source::Memory &memory, std::vector<double> p, size_t j,
+                const double *const *x, size_t count, double *const *value, double *const *derivative,
+                size_t outputs)
 {
     const double centre = p[j];
     std::vector<Column> low(outputs, Column(count)), high(outputs, Column(count));
@@ -78,7 +83,8 @@ void difference(const Source &source, Source::Memory &memory, std::vector<double
     int levels = 14;
     if (centre == 0) {
         int unseen = -1000, seen = 1000;
-        while (seen - unseen > 1) (changes(std::ldexp(1.0, (seen + unseen) / 2)) ? seen : unseen) = (seen + unseen) / 2;
+        while (seen - unseen > 1)
+            (changes(std::ldexp(1.0, (seen + unseen) / 2)) ? seen : unseen) = (seen + unseen) / 2;
         least = std::ldexp(1.0, seen);
         levels = 18;
     }
@@ -92,7 +98,8 @@ void difference(const Source &source, Source::Memory &memory, std::vector<double
             Level level{p_high - p_low, Column(count, none), Column(count)};
             for (size_t i = 0; i < count; ++i) {
                 const double a = low[k][i], b = high[k][i], here = value[k][i];
-                level.rounding[i] = 8 * epsilon * (std::fabs(here) + std::max(std::fabs(a), std::fabs(b))) / (p_high - p_low);
+                level.rounding[i] =
+                    8 * epsilon * (std::fabs(here) + std::max(std::fabs(a), std::fabs(b))) / (p_high - p_low);
                 if (std::isfinite(a) && std::isfinite(b))
                     level.difference[i] = (b - a) / (p_high - p_low);
                 else if (std::isfinite(b))
@@ -109,8 +116,9 @@ void difference(const Source &source, Source::Memory &memory, std::vector<double
         for (size_t i = 0; derivative[k] && i < count; ++i) derivative[k][i] = best_of(ladders[k], i);
 }
 
-void fill_missing(const Source &source, Source::Memory &memory, const std::vector<double> &p, const Points::Block &block,
-                  const std::vector<double *> &values, const std::vector<double *> &jacobian)
+void fill_missing(const Source &source, Source::Memory &memory, const std::vector<double> &p,
+                  const Points::Block &block, const std::vector<double *> &values,
+                  const std::vector<double *> &jacobian)
 {
     const size_t all = p.size(), outputs = values.size();
     std::vector<Column> found(outputs, Column(block.count));
@@ -138,7 +146,8 @@ struct DifferenceMemory : Source::Memory {
 
 }  // namespace
 
-WithDifferences::WithDifferences(std::shared_ptr<const Source> values, std::vector<bool> by_differences, size_t outputs)
+WithDifferences::WithDifferences(std::shared_ptr<const Source> values, std::vector<bool> by_differences,
+                                 size_t outputs)
     : values_(std::move(values)), by_differences_(std::move(by_differences)), outputs_(outputs)
 {
 }

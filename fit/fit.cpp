@@ -81,7 +81,7 @@ public:
                 best.iterations = other.iterations;
         };
         if (go_on() && problem_.separable()) try_from(start, true);
-        if (go_on() && best.end != End::no_value)
+        if (go_on())
             if (const auto elsewhere = off_plateau(best)) try_from(*elsewhere, problem_.separable());
         return report(std::move(best));
     }
