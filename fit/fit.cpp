@@ -92,16 +92,22 @@ private:
         Descender descender(problem_, options_.max_iterations, watch());
         Attempt attempt;
         attempt.standing.p = start;
-        if (!problem_.prepare(start)) return without_value(attempt);
+        if (!problem_.prepare(start)) {
+            without_value(attempt);
+            return attempt;
+        }
         const Descent down{Values::fast, Reduction::products, projected, small_offset};
         std::vector<double> near = projected ? start : from_sample(start);
         // Linear parameters may differ from the start by any factor, and the scales of the others with them.
-        if (projected && descender.solve_linear(near, down) && !problem_.prepare(near)) return without_value(attempt);
+        if (projected && descender.solve_linear(near, down) && !problem_.prepare(near)) {
+            without_value(attempt);
+            return attempt;
+        }
         attempt.end = descender.go(near, down);
         if (attempt.end == End::no_value && near != start) attempt.end = descender.go(start, down);
         descend_in_unit_of_data(descender, attempt.end, down);
         if (attempt.end != End::no_value) settle(descender, attempt);
-        if (attempt.end == End::no_value && problem_.model().exact) {
+        if (attempt.end == End::no_value && problem_.model().exact && !descender.stopped()) {
             // The formula went on where the contract has no values: once more by the contract alone.
             problem_.prepare(start);
             const Descent by_contract{Values::exact, Reduction::products, projected, small_offset};
@@ -112,7 +118,9 @@ private:
         attempt.iterations = descender.iterations();
         if (attempt.end == End::no_value) {
             attempt.standing.p = start;
-            return without_value(attempt);
+            without_value(attempt);
+            if (descender.stopped()) attempt.verdict = Verdict::stopped;
+            return attempt;
         }
         std::vector<double> p = attempt.standing.p;
         if (make_canonical(problem_, p)) settle_at(descender, attempt, p);
@@ -151,13 +159,12 @@ private:
         return found;
     }
 
-    /// An attempt that ended at once, where its parameters are, with the reason.
-    Attempt without_value(Attempt &attempt)
+    /// The verdict on an attempt that cannot go on from where its parameters are, with the reason.
+    void without_value(Attempt &attempt)
     {
         const std::string place = problem_.where_no_value(attempt.standing.p);
         attempt.verdict = place.empty() ? Verdict::overflow : Verdict::domain_left;
         attempt.notes.push_back(place.empty() ? "the residuals or the derivatives are out of the range of numbers" : place);
-        return std::move(attempt);
     }
 
     /// A start far above the data sets a unit in which the squares of their residuals are 0. Each round takes as many
@@ -180,13 +187,13 @@ private:
         const std::vector<double> p = descender.standing().p;
         if (attempt.end == End::stopped) {
             descender.stay(p, {Values::exact, Reduction::orthogonal});
+            if (!std::isfinite(descender.standing().sum_of_squares())) attempt.end = End::no_value;
         } else {
             if (!well_scaled(descender.standing())) problem_.prepare(p);
             attempt.end = descender.go(p, {Values::exact, Reduction::orthogonal, false, small_offset});
         }
         if (attempt.end == End::no_value) return;
         attempt.standing = descender.standing();
-        if (attempt.end == End::no_value) return;
         attempt.spread = spread(attempt.standing.reduced, attempt.standing.held);
         if (!needs_polish(attempt)) return;
         descender.polish();
@@ -204,11 +211,14 @@ private:
         return true;
     }
 
-    /// Takes the standing at p, reduced in extended precision where there is any.
+    /// Takes the standing at p, unless the fit is worse there: undamped steps may lead anywhere.
     void settle_at(Descender &descender, Attempt &attempt, const std::vector<double> &p)
     {
         descender.stay(p, {Values::exact, Reduction::orthogonal});
-        attempt.standing = descender.standing();
+        const Standing &there = descender.standing();
+        const double blur = 4 * attempt.standing.rounding;
+        if (!(std::sqrt(there.sum_of_squares()) <= std::sqrt(attempt.standing.sum_of_squares()) + blur)) return;
+        attempt.standing = there;
         attempt.spread = spread(attempt.standing.reduced, attempt.standing.held);
     }
 
