@@ -18,7 +18,8 @@ bool left_alone(const Parameters &parameters, size_t i)
 bool same_curve(Problem &problem, const std::vector<double> &a, const std::vector<double> &b)
 {
     constexpr double rounding = 1e-13;
-    const std::vector<double> before = problem.values_at_some(a), after = problem.values_at_some(b);
+    constexpr size_t some = 16;
+    const std::vector<double> before = problem.values_at_some(a, some), after = problem.values_at_some(b, some);
     double size = 0;
     for (const double value : before) size = std::max(size, std::fabs(value));
     for (size_t i = 0; i < before.size(); ++i)

@@ -295,19 +295,20 @@ bool Problem::prepare(const std::vector<double> &p)
     }
     factor_[n] = 1 / residual_scale_;
     size_of_data_ = points_.norm_of_y(residual_scale_);
+    squares_about_mean_ = -1;
     return true;
 }
 
 bool Problem::accepts(const std::vector<double> &p)
 {
     if (!model_.exact) return true;
-    const std::vector<double> values = values_at_some(p);
+    constexpr size_t some = 4;
+    const std::vector<double> values = values_at_some(p, some);
     return std::all_of(values.begin(), values.end(), [](double value) { return std::isfinite(value); });
 }
 
-std::vector<double> Problem::values_at_some(const std::vector<double> &p)
+std::vector<double> Problem::values_at_some(const std::vector<double> &p, size_t some)
 {
-    constexpr size_t some = 12;
     const Source &from = source(Values::exact);
     make_workers(1);
     Source::Memory &memory = model_.exact ? *workers_[0]->exact : *workers_[0]->fast;
@@ -340,6 +341,12 @@ std::string Problem::where_no_value(const std::vector<double> &p)
                 }
     }
     return "";
+}
+
+double Problem::squares_about_mean() const
+{
+    if (squares_about_mean_ < 0) squares_about_mean_ = points_.squares_about_mean(residual_scale_);
+    return squares_about_mean_;
 }
 
 double Problem::rounding(const std::vector<double> &p, const Reduced<double> &reduced) const

@@ -53,7 +53,7 @@ public:
     bool accepts(const std::vector<double> &p);
 
     /// The values at a few of the points by the calling contract, where there is one.
-    std::vector<double> values_at_some(const std::vector<double> &p);
+    std::vector<double> values_at_some(const std::vector<double> &p, size_t some);
 
     /// A sentence that names the first point without a value; empty where all points have one.
     std::string where_no_value(const std::vector<double> &p);
@@ -64,6 +64,9 @@ public:
     bool separable() const { return !linear_.empty() && linear_.size() < width(); }
 
     double size_of_data() const { return size_of_data_; }
+
+    /// The sum of squares of the scaled data about their means.
+    double squares_about_mean() const;
 
     /// The size of what rounding alone makes of the residuals: of values, and of parameters that are large.
     double rounding(const std::vector<double> &p, const Reduced<double> &reduced) const;
@@ -89,6 +92,7 @@ private:
     std::vector<double> factor_;  ///< of every column of J | r: from the model's units to scaled ones
     double residual_scale_ = 1, size_of_data_ = 0;
     bool in_unit_of_data_ = true;
+    mutable double squares_about_mean_ = -1;  ///< once asked for
     bool repair_ = false;  ///< derivatives that are not there are taken by differences
     std::vector<std::unique_ptr<Worker>> workers_;
     std::vector<double> p_;                  ///< of the pass under way, and the slopes of its ties

@@ -159,7 +159,7 @@ void fill_statistics(const Problem &problem, const Standing &standing, const Spr
         result.residual_sd = finite_or_absent(std::sqrt(variance) * unit);
         result.reduced_chi_square = finite_or_absent(variance * unit * unit);
     }
-    const double total = points.squares_about_mean(problem.residual_scale());
+    const double total = problem.squares_about_mean();
     if (total > 0 && !problem.model().implicit) {
         result.r_squared = finite_or_absent(1 - scaled / total);
         const double outputs = static_cast<double>(problem.model().outputs);

@@ -52,7 +52,7 @@ bool no_better_than_constant(const Problem &problem, const Standing &standing)
 {
     const Model::Implementation &model = problem.model();
     if (model.all_linear || model.implicit || problem.width() < 2) return false;
-    const double total = problem.points().squares_about_mean(problem.residual_scale());
+    const double total = problem.squares_about_mean();
     constexpr double trace = 1e-6;
     const double worse = standing.sum_of_squares() - total;
     const bool has_constant = std::any_of(model.constants.begin(), model.constants.end(), [&](size_t i) {
